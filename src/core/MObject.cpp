@@ -1,0 +1,3 @@
+#include "core/MObject.h"
+
+MObject::~MObject() noexcept(false) = default;
