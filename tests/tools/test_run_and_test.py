@@ -1,0 +1,108 @@
+import shutil
+
+from tree_case import TOOLS, TreeCase
+
+# Stands for cmake: configures by making build.ninja, builds a command that prints its arguments and its folder.
+CMAKE = """
+echo "cmake $*" >>log
+echo chatter; echo chatter >&2
+[[ ! -e broken ]] || { echo "FAILED: some.o"; echo "some.cpp:1: error"; exit 1; }
+if [[ $1 == --preset ]]; then mkdir -p build/$2 && touch build/$2/build.ninja; fi
+if [[ $2 == build/release ]]; then
+  printf '#!/bin/bash\\necho "$PWD|$*"\\nexit 3\\n' >build/release/sonvelle
+  chmod +x build/release/sonvelle
+fi
+"""
+
+
+class ScriptCase(TreeCase):
+    """The scripts in a folder of their own, with commands of ours in the place of the compilers."""
+
+    def setUp(self):
+        super().setUp()
+        repository = TOOLS.parent
+        (self.root / "tools").mkdir()
+        for name in ("run", "test", "tools/build-tree", "tools/demo_table.py", ".ci/run"):
+            (self.root / name).parent.mkdir(exist_ok=True)
+            shutil.copy(repository / name, self.root / name)
+        self.write("CMakePresets.json", "{}")
+        self.write("elsewhere/x", "")
+        self.script("tools/install-deps", 'echo "install $*" >>"${0%/*}/../log"\n')
+        self.script("bin/cmake", CMAKE)
+        self.script("bin/ctest", 'echo "ctest $*" >>log\necho "Total Test time"\nexit 8\n')
+        self.path = {"PATH": f"{self.root}/bin:/usr/bin:/bin"}
+
+    def start(self, *command, folder="elsewhere"):
+        return self.call(self.root / command[0], *command[1:], cwd=self.root / folder, env=self.path)
+
+    def log(self):
+        return (self.root / "log").read_text().splitlines()
+
+
+class Run(ScriptCase):
+    def test_the_command_gets_its_arguments_in_the_folder_of_the_caller(self):
+        code, out, err = self.start("run", "list", "a b")
+        self.assertEqual((code, out), (3, f"{self.root}/elsewhere|list a b\n"))
+        self.assertEqual(err, "Building sonvelle; the first time this takes some minutes.\n")
+        jobs = self.log()[2].split("--parallel ")[1].split()[0]
+        expected = ["install run", "cmake --preset release"]
+        expected += [f"cmake --build build/release --parallel {jobs} --target Sonvelle sonvelle"]
+        self.assertEqual(self.log(), expected)
+
+    def test_a_second_call_says_nothing_and_does_not_configure_again(self):
+        self.start("run", "list")
+        code, out, err = self.start("run", "list")
+        self.assertEqual((code, out, err), (3, f"{self.root}/elsewhere|list\n", ""))
+        self.assertEqual(sum("--preset" in line for line in self.log()), 1)
+
+    def test_a_build_that_fails_shows_the_errors_and_ends_with_125(self):
+        self.start("run", "list")
+        self.write("broken", "")
+        code, out, err = self.start("run", "list")
+        self.assertEqual((code, out), (125, ""))
+        self.assertIn("FAILED: some.o\nsome.cpp:1: error\nbuild-tree: building build/release failed", err)
+        self.assertNotIn("chatter", err)
+
+    def test_a_tree_that_cannot_be_configured_is_begun_afresh(self):
+        self.script("bin/cmake", '[[ $1 == --build || "$*" == *--fresh ]] || exit 1\n' + CMAKE)
+        self.assertEqual(self.start("run", "list")[0], 3)
+        self.assertIn("cmake --preset release --fresh", self.log())
+
+
+class Test(ScriptCase):
+    def test_four_trees_are_built_and_ctest_speaks_last(self):
+        code, out, err = self.start("test", "-R", "Echolan x")
+        self.assertEqual((code, out.splitlines()[-1]), (8, "Total Test time"))
+        trees = [line.split()[2] for line in self.log() if "--preset" in line]
+        self.assertEqual(trees, ["asan", "release", "tsan", "fuzz"])
+        self.assertRegex(self.log()[-1], "^ctest --test-dir build/suite -j2 .* -LE \\^slow\\$ -R Echolan x$")
+        suite = (self.root / "build/suite/CTestTestfile.cmake").read_text()
+        self.assertIn('subdirs("../asan" "../release" "../tsan" "../fuzz")', suite)
+
+    def test_slow_tests_run_when_they_are_wanted(self):
+        self.start("test", "--slow")
+        self.assertNotIn("slow", self.log()[-1])
+
+    def test_a_build_that_fails_ends_the_run_before_any_test(self):
+        self.write("broken", "")
+        code, out, err = self.start("test")
+        self.assertEqual(code, 125)
+        self.assertTrue(err.endswith("test: building asan failed\n"), err)
+        self.assertFalse(any(line.startswith("ctest") for line in self.log()))
+
+    def test_the_scripts_of_the_checks_are_all_in_the_suite(self):
+        self.start("test")
+        suite = (self.root / "build/suite/CTestTestfile.cmake").read_text()
+        for path in TOOLS.glob("check_*.py"):
+            if path.name != "check_exports.py":
+                self.assertIn(f"/tools/{path.name}]", suite)
+
+    def test_help_builds_nothing(self):
+        code, out, err = self.start("test", "--help")
+        self.assertEqual((code, err), (0, ""))
+        self.assertIn("--slow", out)
+        self.assertFalse((self.root / "log").exists())
+
+    def test_the_continuous_integration_runs_the_same_command(self):
+        self.assertEqual(self.start(".ci/run")[0], 8)
+        self.assertTrue(self.log()[-1].startswith("ctest "))

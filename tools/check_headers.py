@@ -1,0 +1,29 @@
+#!/usr/bin/env python3
+"""check_headers.py [ROOT]: every header below src/ and hosts/ compiles alone, and a second time behind itself."""
+
+import subprocess
+import sys
+from concurrent.futures import ThreadPoolExecutor
+
+import checklib
+
+COMMAND = "g++ -std=c++20 -fsyntax-only -Wall -Wextra -Werror -D_FILE_OFFSET_BITS=64 -Isrc -I. -x c++ -".split()
+JOBS = 2
+
+
+def compile_alone(root, name):
+    """What the compiler says about a source that includes only this header, twice."""
+    source = f'#include "{name}"\n' * 2
+    result = subprocess.run(COMMAND, cwd=root, input=source, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
+    return f"{name} does not compile alone:\n{result.stdout}" if result.returncode else ""
+
+
+def check(root):
+    headers = checklib.cpp_files(root, "src", "hosts", suffixes=(".h", ".hpp"))
+    with ThreadPoolExecutor(JOBS) as pool:
+        findings = [text for text in pool.map(lambda name: compile_alone(root, name), headers) if text]
+    return checklib.report(findings, f"{len(headers)} headers compile alone")
+
+
+if __name__ == "__main__":
+    sys.exit(check(checklib.repository_root(sys.argv[1:])))
