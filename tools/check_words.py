@@ -21,7 +21,7 @@ TABLE = "tools/allowed_words.txt"
 QUOTED_MESSAGE = re.compile("Formatting string ends in an argument specification.".replace(" ", r'[\s/*"]+'))
 
 EVERYWHERE = {
-    "specification": re.compile(r"\bspecification\b", re.I),
+    "paper": re.compile(r"\bspecification\b", re.I),
     "spec-file": re.compile(r"\bspec\.md\b"),
     "part-number": re.compile(r"\bParts? [1-7]\.[0-9]+\b"),
     "rule-number": re.compile(r"\b(?:A-\d{3}|(?:FX|AF|INS|DSP)-\d+)\b|\bD\d{1,2}\)"),
