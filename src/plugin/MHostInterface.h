@@ -1,0 +1,177 @@
+#pragma once
+// The one header that a host needs: entry points, numbered services, and the records that a host and a
+// plug-in share.
+//
+// Each plug-in is one exported function, `<name>PluginInterface(instance, service, arguments)`. The very
+// first call of a plug-in's life is (null, kAttach, {context, callback}); its result is the address that
+// every later call passes as `instance`, until kDestroy. An unknown service gives -1. Exceptions pass
+// through: a host catches MException.
+//
+// Order of calls on an effect: kPrepare before the first block, and again at every change of format or to
+// clear its memory; then any number of kProcess with blocks of any size from 0 up; kParameterChanged between
+// blocks. The services for audio may be called on an audio thread: they do not wait, and they allocate only
+// where the plug-in's page says so.
+//
+// The two sides share the fields of these records, `core`, compiler and standard library. Texts in a record
+// point into the library: a host copies what it keeps beyond the library's life. A host's allocator table
+// (core/MMemory.h) must accept blocks of the C heap, and it, like the event lock, must outlive the library.
+
+#include "core/MObject.h"
+#include "core/MString.h"
+
+// The arguments of a service: four slots, empty, plain, or owning an object.
+struct MServiceArguments {
+  static constexpr uint32_t kEmpty = 0;
+  static constexpr uint32_t kPlain = 1;   // a number, or an address that is not owned
+  static constexpr uint32_t kObject = 2;  // the address of an MObject, destroyed with the slot
+
+  struct Slot {
+    uint32_t kind = kEmpty;
+    MWord value = 0;
+  };
+
+  MServiceArguments() noexcept = default;
+  // Plain values for all four slots; addresses go through MAsWord.
+  explicit MServiceArguments(MWord a, MWord b = 0, MWord c = 0, MWord d = 0) noexcept
+      : slot{{kPlain, a}, {kPlain, b}, {kPlain, c}, {kPlain, d}} {}
+  MServiceArguments(const MServiceArguments&) = delete;
+  MServiceArguments& operator=(const MServiceArguments&) = delete;
+  ~MServiceArguments() noexcept(false) {
+    for (int32_t i = 3; i >= 0; --i) Clear(i);
+  }
+
+  void Set(int32_t index, MWord value) {
+    Clear(index);
+    slot[index] = {kPlain, value};
+  }
+  // Takes the object over.
+  void SetObject(int32_t index, MObject* object) {
+    Clear(index);
+    slot[index] = {kObject, reinterpret_cast<MWord>(object)};
+  }
+  void Clear(int32_t index) {
+    const Slot before = slot[index];
+    slot[index] = Slot();
+    if (before.kind == kObject) delete reinterpret_cast<MObject*>(before.value);
+  }
+
+  Slot slot[4];
+};
+
+// An address as a word, and a word as an address.
+template <typename T>
+inline MWord MAsWord(T* address) noexcept {
+  return reinterpret_cast<MWord>(address);
+}
+template <typename T>
+inline T* MAsAddress(MWord word) noexcept {
+  return reinterpret_cast<T*>(word);
+}
+
+using MPluginEntryPoint = MWord M_CALL(void* instance, int32_t service, MServiceArguments* arguments);
+
+// The host's entry for calls from a plug-in; `code` is one of MHostCode.
+using MHostCallback = MWord M_CALL(void* context, int32_t code, MServiceArguments* arguments);
+
+// Services; a, b and c are the values of slots 0, 1 and 2.
+namespace MService {
+constexpr int32_t kAttach = 0;            // a: context, b: MHostCallback; returns the plug-in's address
+constexpr int32_t kDestroy = 1;           // the address is dead behind it
+constexpr int32_t kPublicBlock = 2;       // returns MPluginPublicBlock*, valid for the plug-in's life
+constexpr int32_t kDetach = 3;            //
+constexpr int32_t kParameterChanged = 4;  // a: index of the row whose value the host has written
+constexpr int32_t kCreateEditor = 5;      // a: MControl* that becomes the parent
+constexpr int32_t kEditorClosed = 6;      // a: address of the window that the host destroyed
+constexpr int32_t kSaveState = 11;        // a: MXMLItem* to write to; returns 0 or 1
+constexpr int32_t kLoadState = 12;        // a: MXMLItem* to read; returns 0 or 1
+constexpr int32_t kStateLoaded = 13;      //
+constexpr int32_t kQuery = 14;            // a: unused so far; returns -1
+constexpr int32_t kCommand = 20;          // a: zero-terminated name, b: its argument; -1 for an unknown name
+// Effects.
+constexpr int32_t kPrepare = 100;  // a: channels, b: sample rate in hertz; also clears the effect's memory
+constexpr int32_t kProcess =
+    101;  // a: float** in, b: float** out, c: samples; in and out may be the same arrays
+constexpr int32_t kIsSilent = 102;    // 1 nothing is left in the effect's memory, 0 it still sounds
+constexpr int32_t kGetLatency = 103;  // samples by which the effect delays the signal
+constexpr int32_t kSkip = 104;        // a: samples of time that pass without a block
+}  // namespace MService
+
+// Codes of calls from a plug-in to its host; the arguments are empty.
+namespace MHostCode {
+constexpr int32_t kParametersChanged = 1;  // the plug-in or its editor changed values by itself
+constexpr int32_t kLayoutChanged = 2;      // the set of visible controls of the editor changed
+}  // namespace MHostCode
+
+enum class MParameterKind : int32_t {
+  kNone = 0,
+  kReal = 1,
+  kInteger = 2,
+  kEnumeration = 3,
+  kSwitch = 4,
+  kPanel = 5,  // no parameter: groups those behind it in the editor
+};
+
+struct MPluginParameter;
+
+// Gives the display text of a value of a row.
+using MParameterFormatter = void M_CALL(MString& text, double value, const MPluginParameter& row);
+
+// One row of a plug-in's table. The host reads and writes `value` in place, whole, with MLoadShared and
+// MStoreShared, and tells the plug-in with kParameterChanged.
+struct MPluginParameter {
+  MParameterKind kind = MParameterKind::kNone;
+  MString name;  // shown to the user
+  MString key;   // storage key, unique in the plug-in
+  MString help;  // mark-up text
+  MWord reserved = 0;
+  MParameterFormatter* formatter = nullptr;  // null: plain number, choice, or 0 and 1
+  MString unit;                              // format or unit for the formatter
+  int32_t automatable = 1;
+
+  struct Real {
+    double minimum, maximum, defaultValue, value;
+  };
+  struct Integer {
+    int32_t minimum, maximum, defaultValue, value;
+  };
+  struct Enumeration {
+    const char* const* choices;
+    int32_t count;
+    int32_t defaultValue, value;  // indices
+  };
+  struct Switch {
+    int32_t defaultValue, value;  // 0 or 1
+  };
+  struct Panel {
+    MWord zero;
+    int8_t* open;  // its state in the editor, null when it is not kept
+  };
+  union alignas(8) {
+    Real real = {};
+    Integer integer;
+    Enumeration enumeration;
+    Switch onOff;
+    Panel panel;
+  };
+
+  int32_t changed = 0;
+};
+
+// One named editor window besides the main one.
+struct MPluginEditorRow {
+  int32_t kind = 0;
+  MString name;
+  int32_t available = 1;
+  MWord* editor = nullptr;  // the word that holds the open window, 0 while none is open
+};
+
+// What service kPublicBlock hands out, read by the host in place.
+struct MPluginPublicBlock {
+  uint8_t hostFlag0 = 0;  // the host's own
+  uint8_t hostFlag1 = 1;  // the host's own
+  uint8_t pluginFlag = 0;
+  MPluginParameter* parameters = nullptr;
+  int32_t parameterCount = 0;
+  MPluginEditorRow* editors = nullptr;
+  int32_t editorCount = 0;
+};

@@ -1,0 +1,72 @@
+#pragma once
+#include "core/MEvent.h"
+#include "core/MLock.h"
+#include "plugin/MHostInterface.h"
+
+class MControl;
+class MXMLItem;
+
+// Base of every plug-in: dispatches the numbered services to its virtual operations and holds the public
+// block with the table of parameters. What a service finds null or out of range counts as nothing. Tags say
+// which thread calls: [audio], [ui], [host] (any other thread of the host, or the same), [any].
+class MPlugin : public MEventTarget {
+ public:
+  MPlugin() = default;
+  ~MPlugin() override = default;
+
+  virtual MWord Service(int32_t service, MServiceArguments* arguments);  // [any]
+  virtual MWord Attach(void* hostContext,
+                       MHostCallback* hostCallback);                // [host] returns the plug-in's address
+  virtual void Detach() {}                                          // [host]
+  virtual void ParameterChanged([[maybe_unused]] int32_t index) {}  // [host] index lies in the table
+  virtual void Update() {}  // [host] recomputes what derives from parameters
+  virtual void CreateEditor([[maybe_unused]] MControl* parent) {}            // [ui]
+  virtual void EditorClosed([[maybe_unused]] MWord window) {}                // [ui]
+  virtual bool SaveState([[maybe_unused]] MXMLItem& item) { return false; }  // [host]
+  virtual bool LoadState([[maybe_unused]] MXMLItem& item) { return false; }  // [host]
+  virtual void StateLoaded() {}                                              // [host]
+  virtual MWord Query([[maybe_unused]] MWord argument) { return -1; }        // [any]
+  virtual MWord Command([[maybe_unused]] const char* name, [[maybe_unused]] MWord argument) {
+    return -1;
+  }  // [host]
+
+ protected:
+  // Calls the host, if it is attached, with empty arguments. [any]
+  MWord NotifyHost(int32_t code);
+  void NotifyParametersChanged() { NotifyHost(MHostCode::kParametersChanged); }
+  void NotifyLayoutChanged() { NotifyHost(MHostCode::kLayoutChanged); }
+
+  // Announces the table. A constructor ends with it.
+  template <int32_t N>
+  void SetParameters(MPluginParameter (&rows)[N]) noexcept {
+    block_.parameters = rows;
+    block_.parameterCount = N;
+  }
+
+ private:
+  MHostCallback* hostCallback_ = nullptr;
+  void* hostContext_ = nullptr;
+
+ protected:
+  MLock lock_;  // guards the plug-in's structure: editors, and what a change rebuilds under the audio's feet
+
+ private:
+  MPluginPublicBlock block_;
+};
+
+// Fills a row of kind kReal; the default becomes the value.
+void AddRealParameter(MPluginParameter& row, const MString& name, const MString& key, const MString& help,
+                      double minimum, double maximum, double defaultValue, const MString& unit = MString(),
+                      MParameterFormatter* formatter = nullptr);
+
+// The value of a kReal row for use in computations: not a finite number counts as the default, and what lies
+// outside of `low` to `high` is limited. The row keeps what the host or a state has put there. [any]
+double MLimitedValue(const MPluginParameter& row, double low, double high) noexcept;
+
+// Defines the exported entry point of a plug-in's class.
+#define M_PLUGIN_ENTRY(Class)                                                         \
+  extern "C" M_VISIBLE MWord M_CALL Class##Interface(void* instance, int32_t service, \
+                                                     MServiceArguments* arguments) {  \
+    MPlugin* const plugin = instance ? static_cast<MPlugin*>(instance) : new Class;   \
+    return plugin->Service(service, arguments);                                       \
+  }
