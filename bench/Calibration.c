@@ -1,0 +1,3 @@
+#include "calib.h"
+
+double CalibrationNanoseconds(void) { return calib_run(2000000); }
