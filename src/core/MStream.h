@@ -21,7 +21,7 @@ class MStream : public MObject {
   virtual void Write(const void* bytes, int32_t count) = 0;
   // Writes `count` zero bytes.
   virtual void WriteFiller(int32_t count);
-  // Returns the count read, less than asked for at the end. Default: not implemented.
+  // Returns the count read, less than asked for only at the end. Default: not implemented.
   virtual int32_t Read(void* bytes, int32_t count);
   // Reads up to a line feed or a zero byte into a zero-terminated text of at most size - 1 bytes; carriage
   // returns are dropped, nothing is decoded. A buffer below 1 byte is left alone and gives kFull.
@@ -41,10 +41,20 @@ class MStream : public MObject {
   virtual int64_t GetSize();  // default: not implemented
   virtual bool IsValid();     // default: true
 
-  // Reads exactly `count` bytes, or raises "Could not read required data from stream." (kTransferFailed).
+  // Reads exactly `count` bytes, or raises as ThrowShortRead.
   void ReadRequired(void* bytes, int32_t count);
+  // Raises "Could not read required data from stream." (kTransferFailed).
+  [[noreturn]] static void ThrowShortRead();
 
   MStream() = default;
   MStream(const MStream&) = delete;
   MStream& operator=(const MStream&) = delete;
+
+ protected:
+  // The sum, limited to the range of 64 bits.
+  static int64_t AddLimited(int64_t a, int64_t b) noexcept;
+  // Raises "Invalid seek origin." (kBadArgument).
+  [[noreturn]] static void ThrowInvalidOrigin();
+  // Raises "File stream is not initialized." (kStreamClosed), also for a filter without a stream below it.
+  [[noreturn]] static void ThrowNotOpen();
 };
