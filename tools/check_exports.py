@@ -32,8 +32,10 @@ def expected_names(table):
 
 def exported_names(library):
     """Every defined dynamic symbol; version names (type A) are no symbols."""
-    command = ["nm", "-D", "--defined-only", library]
-    rows = (line.split() for line in subprocess.run(command, check=True, text=True, stdout=subprocess.PIPE).stdout.splitlines())
+    result = subprocess.run(["nm", "-D", "--defined-only", library], text=True, capture_output=True)
+    if result.returncode:
+        sys.exit(result.stderr.strip())
+    rows = (line.split() for line in result.stdout.splitlines())
     return {row[2].split("@")[0] for row in rows if len(row) == 3 and row[1] != "A"}
 
 

@@ -40,3 +40,9 @@ class CheckExports(TreeCase):
         code, output = self.run_check(NAMES, "// nothing\n")
         self.assertEqual(code, 1)
         self.assertIn("no rows", output)
+
+    def test_a_library_that_is_not_there_is_named(self):
+        code, output = self.check("check_exports.py", self.root / "none.so", self.write("plugins.def", TABLE))
+        self.assertEqual(code, 1)
+        self.assertIn("none.so", output)
+        self.assertNotIn("Traceback", output)
