@@ -6,10 +6,9 @@
 #include "core/MException.h"
 #include "core/MTranslate.h"
 
-// A channel's block without samples: its two guards.
+// A channel's block with room for `capacity` samples between its two guards.
 float* MAudioBuffer::NewChannel(int32_t capacity) {
-  const std::size_t samples = static_cast<std::size_t>(capacity) + 2;
-  return static_cast<float*>(MAllocate(samples * sizeof(float))) + 1;
+  return MAllocator<float>().allocate(static_cast<std::size_t>(capacity) + 2) + 1;
 }
 
 void MAudioBuffer::Free() noexcept {
@@ -54,7 +53,7 @@ void MAudioBuffer::Reserve(int32_t capacity) {
     throw;
   }
   for (int32_t c = 0; c < channelCount_; ++c) {
-    std::copy_n(channels_[c] - 1, length_ + 2, grown[c] - 1);
+    std::copy_n(channels_[c] - 1, int64_t{length_} + 2, grown[c] - 1);
     MRelease(channels_[c] - 1);
     channels_[c] = grown[c];
   }
@@ -88,20 +87,24 @@ void MAudioBuffer::Fade(int32_t begin, double beginGain, int32_t end, double end
   if (end < 0 || begin >= length_ || begin == end) return;
   const int32_t first = std::max(begin, 0);
   const int32_t last = std::min(end, length_ - 1);
-  const double slope = (endGain - beginGain) / (static_cast<double>(end) - begin);
-  for (int32_t c = 0; c < channelCount_; ++c)
-    for (int32_t i = first; i <= last; ++i)
-      channels_[c][i] =
-          static_cast<float>(channels_[c][i] * (beginGain + slope * (static_cast<double>(i) - begin)));
+  const double rise = endGain - beginGain;
+  const double run = static_cast<double>(end) - begin;
+  for (int32_t c = 0; c < channelCount_; ++c) {
+    float* const samples = channels_[c];
+    for (int32_t i = first; i <= last; ++i) {
+      const double gain = beginGain + rise * (static_cast<double>(i) - begin) / run;
+      samples[i] = static_cast<float>(samples[i] * gain);
+    }
+  }
 }
 
 bool MAudioBuffer::IsAllBelow(double threshold) const noexcept {
-  constexpr int32_t kChunk = 1024;  // no branch per sample, and a loud line is left early
+  constexpr int64_t kChunk = 1024;  // no branch per sample, and a loud line is left early
   for (int32_t c = 0; c < channelCount_; ++c) {
-    for (int32_t start = 0; start < length_; start += kChunk) {
-      const int32_t end = std::min(length_ - start, kChunk) + start;
+    for (int64_t start = 0; start < length_; start += kChunk) {
+      const int64_t end = std::min(start + kChunk, int64_t{length_});
       int above = 0;
-      for (int32_t i = start; i < end; ++i)
+      for (int64_t i = start; i < end; ++i)
         above |= std::abs(static_cast<double>(channels_[c][i])) > threshold;
       if (above) return false;
     }

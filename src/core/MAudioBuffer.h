@@ -18,13 +18,16 @@ class MAudioBuffer final : public MObject {
   int32_t GetChannelCount() const noexcept { return channelCount_; }
   int32_t GetLength() const noexcept { return length_; }
   int32_t GetCapacity() const noexcept { return capacity_; }
-  // The first sample of a channel below the count; index -1 and index GetLength() are the guards.
-  float* GetChannel(int32_t channel) noexcept { return channels_[channel]; }
-  const float* GetChannel(int32_t channel) const noexcept { return channels_[channel]; }
+  // The first sample of a channel below the count, null for another number; index -1 and index GetLength()
+  // are the guards.
+  float* GetChannel(int32_t channel) noexcept { return IsChannel(channel) ? channels_[channel] : nullptr; }
+  const float* GetChannel(int32_t channel) const noexcept {
+    return IsChannel(channel) ? channels_[channel] : nullptr;
+  }
 
-  // Sets the format, channels limited to 0..8, length to 0 and more. The same format keeps the samples,
-  // another one makes them anew, as zeros, with room for `capacity` samples if that is more. On a failure the
-  // buffer is empty.
+  // Sets the format, channels limited to 0..8, length to 0 and more. The same format is Reserve(capacity).
+  // Another one makes the samples anew, as zeros, with room for `capacity` of them if that is more; on a
+  // failure the buffer is then empty.
   void SetSize(int32_t channels, int32_t length, int32_t capacity = 0);
   // Makes room for `capacity` samples a channel and keeps what is there. On a failure nothing changes.
   void Reserve(int32_t capacity);
@@ -46,6 +49,7 @@ class MAudioBuffer final : public MObject {
   bool IsAllBelow(double threshold) const noexcept;
 
  private:
+  static bool IsChannel(int32_t channel) noexcept { return channel >= 0 && channel < kMaximumChannels; }
   static float* NewChannel(int32_t capacity);
   void Free() noexcept;
   void SetGuards() noexcept;
