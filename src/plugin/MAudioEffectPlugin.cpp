@@ -19,7 +19,7 @@ bool AreAllThere(float** buffers, int32_t channels) {
 }  // namespace
 
 MWord MAudioEffectPlugin::Service(int32_t service, MServiceArguments* arguments) {
-  const auto word = [arguments](int32_t i) { return arguments ? arguments->slot[i].value : 0; };
+  const auto word = [arguments](int32_t index) { return GetWord(arguments, index); };
   switch (service) {
     case MService::kPrepare:
       return Prepare(AsNumber(word(0)), AsNumber(word(1)));

@@ -16,6 +16,10 @@
 // point into the library: a host copies what it keeps beyond the library's life. A host's allocator table
 // (core/MMemory.h) must accept blocks of the C heap, and it, like the event lock, must outlive the library.
 
+#include <exception>
+#include <utility>
+
+#include "core/MException.h"
 #include "core/MObject.h"
 #include "core/MString.h"
 
@@ -36,26 +40,42 @@ struct MServiceArguments {
       : slot{{kPlain, a}, {kPlain, b}, {kPlain, c}, {kPlain, d}} {}
   MServiceArguments(const MServiceArguments&) = delete;
   MServiceArguments& operator=(const MServiceArguments&) = delete;
+  // Destroys the objects of the slots, the last slot first. An object's destructor may throw; the other
+  // objects are destroyed all the same.
   ~MServiceArguments() noexcept(false) {
-    for (int32_t i = 3; i >= 0; --i) Clear(i);
+    int32_t i = 4;
+    try {
+      while (i > 0) Clear(--i);
+    } catch (...) {
+      ClearQuietly(i);
+      if (std::uncaught_exceptions() == 0) throw;
+    }
   }
 
-  void Set(int32_t index, MWord value) {
-    Clear(index);
-    slot[index] = {kPlain, value};
-  }
+  // These destroy the object that the slot had. An index outside of 0 to 3 raises "Index out of range."
+  void Set(int32_t index, MWord value) { Replace(index, {kPlain, value}); }
   // Takes the object over.
   void SetObject(int32_t index, MObject* object) {
-    Clear(index);
-    slot[index] = {kObject, reinterpret_cast<MWord>(object)};
+    Replace(index, {kObject, reinterpret_cast<MWord>(object)});
   }
-  void Clear(int32_t index) {
-    const Slot before = slot[index];
-    slot[index] = Slot();
-    if (before.kind == kObject) delete reinterpret_cast<MObject*>(before.value);
-  }
+  void Clear(int32_t index) { Replace(index, Slot()); }
 
   Slot slot[4];
+
+ private:
+  void Replace(int32_t index, Slot next) {
+    if (index < 0 || index > 3) MThrowIndexOutOfRange();
+    const Slot before = std::exchange(slot[index], next);
+    if (before.kind == kObject) delete reinterpret_cast<MObject*>(before.value);
+  }
+  void ClearQuietly(int32_t end) noexcept {
+    while (end > 0) {
+      try {
+        Clear(--end);
+      } catch (...) {  // the first failure is the one that is reported
+      }
+    }
+  }
 };
 
 // An address as a word, and a word as an address.
@@ -78,19 +98,18 @@ namespace MService {
 constexpr int32_t kAttach = 0;            // a: context, b: MHostCallback; returns the plug-in's address
 constexpr int32_t kDestroy = 1;           // the address is dead behind it
 constexpr int32_t kPublicBlock = 2;       // returns MPluginPublicBlock*, valid for the plug-in's life
-constexpr int32_t kDetach = 3;            //
+constexpr int32_t kDetach = 3;            // the host lets go; every later call is still allowed
 constexpr int32_t kParameterChanged = 4;  // a: index of the row whose value the host has written
 constexpr int32_t kCreateEditor = 5;      // a: MControl* that becomes the parent
 constexpr int32_t kEditorClosed = 6;      // a: address of the window that the host destroyed
 constexpr int32_t kSaveState = 11;        // a: MXMLItem* to write to; returns 0 or 1
 constexpr int32_t kLoadState = 12;        // a: MXMLItem* to read; returns 0 or 1
-constexpr int32_t kStateLoaded = 13;      //
+constexpr int32_t kStateLoaded = 13;      // all parts of a state have been loaded
 constexpr int32_t kQuery = 14;            // a: unused so far; returns -1
 constexpr int32_t kCommand = 20;          // a: zero-terminated name, b: its argument; -1 for an unknown name
 // Effects.
-constexpr int32_t kPrepare = 100;  // a: channels, b: sample rate in hertz; also clears the effect's memory
-constexpr int32_t kProcess =
-    101;  // a: float** in, b: float** out, c: samples; in and out may be the same arrays
+constexpr int32_t kPrepare = 100;     // a: channels, b: sample rate in hertz; also clears the memory
+constexpr int32_t kProcess = 101;     // a: float** in, b: float** out (may be the same arrays), c: samples
 constexpr int32_t kIsSilent = 102;    // 1 nothing is left in the effect's memory, 0 it still sounds
 constexpr int32_t kGetLatency = 103;  // samples by which the effect delays the signal
 constexpr int32_t kSkip = 104;        // a: samples of time that pass without a block

@@ -3,12 +3,16 @@
 #include <algorithm>
 #include <cmath>
 
+MWord MPlugin::GetWord(const MServiceArguments* arguments, int32_t index) noexcept {
+  return arguments ? arguments->slot[index].value : 0;
+}
+
 MWord MPlugin::Service(int32_t service, MServiceArguments* arguments) {
-  const MWord a = arguments ? arguments->slot[0].value : 0;
-  const MWord b = arguments ? arguments->slot[1].value : 0;
+  // Only the services that have arguments look at the record.
+  const auto word = [arguments](int32_t index) { return GetWord(arguments, index); };
   switch (service) {
     case MService::kAttach:
-      return Attach(MAsAddress<void>(a), MAsAddress<MHostCallback>(b));
+      return Attach(MAsAddress<void>(word(0)), MAsAddress<MHostCallback>(word(1)));
     case MService::kDestroy:
       delete this;
       return 0;
@@ -18,26 +22,27 @@ MWord MPlugin::Service(int32_t service, MServiceArguments* arguments) {
       Detach();
       return 0;
     case MService::kParameterChanged:
-      if (a >= 0 && a < block_.parameterCount) ParameterChanged(static_cast<int32_t>(a));
+      if (const MWord row = word(0); row >= 0 && row < block_.parameterCount)
+        ParameterChanged(static_cast<int32_t>(row));
       Update();
       return 0;
     case MService::kCreateEditor:
-      CreateEditor(MAsAddress<MControl>(a));
+      CreateEditor(MAsAddress<MControl>(word(0)));
       return 0;
     case MService::kEditorClosed:
-      EditorClosed(a);
+      EditorClosed(word(0));
       return 0;
     case MService::kSaveState:
-      return a != 0 && SaveState(*MAsAddress<MXMLItem>(a));
+      return word(0) != 0 && SaveState(*MAsAddress<MXMLItem>(word(0)));
     case MService::kLoadState:
-      return a != 0 && LoadState(*MAsAddress<MXMLItem>(a));
+      return word(0) != 0 && LoadState(*MAsAddress<MXMLItem>(word(0)));
     case MService::kStateLoaded:
       StateLoaded();
       return 0;
     case MService::kQuery:
-      return Query(a);
+      return Query(word(0));
     case MService::kCommand:
-      return a != 0 ? Command(MAsAddress<const char>(a), b) : -1;
+      return word(0) != 0 ? Command(MAsAddress<const char>(word(0)), word(1)) : -1;
     default:
       return -1;
   }
@@ -68,6 +73,7 @@ void AddRealParameter(MPluginParameter& row, const MString& name, const MString&
 }
 
 double MLimitedValue(const MPluginParameter& row, double low, double high) noexcept {
-  const double value = MLoadShared(row.real.value);
-  return std::clamp(std::isfinite(value) ? value : row.real.defaultValue, low, high);
+  const double read = MLoadShared(row.real.value);
+  const double value = std::isfinite(read) ? read : row.real.defaultValue;
+  return value >= low ? std::min(value, high) : low;  // low also for a default that is no number
 }

@@ -31,6 +31,9 @@ class MPlugin : public MEventTarget {
   }  // [host]
 
  protected:
+  // The value of a slot; a null record reads as zeros. [any]
+  static MWord GetWord(const MServiceArguments* arguments, int32_t index) noexcept;
+
   // Calls the host, if it is attached, with empty arguments. [any]
   MWord NotifyHost(int32_t code);
   void NotifyParametersChanged() { NotifyHost(MHostCode::kParametersChanged); }
