@@ -1,7 +1,7 @@
 #include <cstring>
 
 #include "core/MConsoleStream.h"
-#include "core/MUTF8.h"
+#include "core/MEncoding.h"
 
 MConsoleStream::MConsoleStream() noexcept : MFileStream("console", stdin, stdout) {}
 
@@ -23,7 +23,7 @@ MLineStatus MConsoleStream::ReadLine(char* text, int32_t size) {
 
 // Never by the wide functions of the C library: one such call makes it refuse bytes on the same output.
 void MConsoleStream::WriteText(const MString& text) {
-  const MBytes bytes = MEncodeUTF8(text, false);
+  const MBytes bytes = MEncoding::UTF8Codec::Get().Encode(text, false);
   Write(bytes.GetData(), bytes.GetSize());
 }
 

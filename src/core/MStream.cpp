@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
+#include "core/MEncoding.h"
 #include "core/MException.h"
 #include "core/MTranslate.h"
-#include "core/MUTF8.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ MLineStatus MStream::ReadLine(char* text, int32_t size) {
 }
 
 void MStream::WriteText(const MString& text) {
-  const MBytes bytes = MEncodeUTF8(text, false);
+  const MBytes bytes = MEncoding::UTF8Codec::Get().Encode(text, false);
   Write(bytes.GetData(), std::min(text.GetLength(), bytes.GetSize()));
 }
 
