@@ -2,8 +2,9 @@ import shutil
 
 from tree_case import TOOLS, TreeCase
 
-# Stands for cmake: configures by making build.ninja, builds a command that prints its arguments and its folder.
-CMAKE = """
+# Stands for cmake: configures by making build.ninja, builds a command that copies what it shall render and otherwise prints
+# its folder and arguments.
+CMAKE = r"""
 echo "cmake $*" >>log
 echo chatter; echo chatter >&2
 [[ ! -e broken ]] || { echo "FAILED: some.o"; echo "some.cpp:1: error"; exit 1; }
@@ -67,6 +68,14 @@ class Run(ScriptCase):
         self.script("bin/cmake", '[[ $1 == --build || "$*" == *--fresh ]] || exit 1\n' + CMAKE)
         self.assertEqual(self.start("run", "list")[0], 3)
         self.assertIn("cmake --preset release --fresh", self.log())
+
+    def test_without_arguments_it_shows_what_a_voice_became(self):
+        code, out, err = self.start("run")
+        self.assertEqual(code, 0, err)
+        self.assertIn("sonvelle render Echolan /usr/share/sounds/alsa/Front_Center.wav ", out)
+        self.assertRegex(out, "in +48000 Hz +1 +1.43 s")
+        self.assertIn("tail: 0.00 s", out)
+        self.assertTrue((self.root / "build/demo/echoes.wav").exists())
 
 
 class Test(ScriptCase):
