@@ -1,0 +1,114 @@
+#include "hosts/bridge/Parameters.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace bridge {
+
+namespace {
+
+constexpr int32_t kPlainDecimals = 4;
+
+std::string PlainText(const MPluginParameter& row, double value) {
+  if (row.kind == MParameterKind::kReal) return ToUtf8(MString::FromDouble(value, kPlainDecimals));
+  if (row.kind == MParameterKind::kEnumeration && value >= 0 && value < row.enumeration.count)
+    return row.enumeration.choices[static_cast<int32_t>(value)];
+  return ToUtf8(MString::FromDouble(value, 0));
+}
+
+// Whether mark-up begins at this "<": a name follows, or "/" and a name.
+bool IsTag(const std::string& text, std::size_t start) {
+  const std::size_t name = start + (text.compare(start, 2, "</") == 0 ? 2 : 1);
+  if (name >= text.size()) return false;
+  const char lower = static_cast<char>(text[name] | 0x20);
+  return lower >= 'a' && lower <= 'z';
+}
+
+}  // namespace
+
+bool HasValue(const MPluginParameter& row) noexcept {
+  return row.kind == MParameterKind::kReal || IsWhole(row);
+}
+
+bool IsWhole(const MPluginParameter& row) noexcept {
+  return row.kind == MParameterKind::kInteger || row.kind == MParameterKind::kEnumeration ||
+         row.kind == MParameterKind::kSwitch;
+}
+
+ParameterRange GetRange(const MPluginParameter& row) noexcept {
+  switch (row.kind) {
+    case MParameterKind::kReal:
+      return {row.real.minimum, row.real.maximum, row.real.defaultValue};
+    case MParameterKind::kInteger:
+      return {static_cast<double>(row.integer.minimum), static_cast<double>(row.integer.maximum),
+              static_cast<double>(row.integer.defaultValue)};
+    case MParameterKind::kEnumeration:
+      return {0, static_cast<double>(std::max(row.enumeration.count - 1, 0)),
+              static_cast<double>(row.enumeration.defaultValue)};
+    case MParameterKind::kSwitch:
+      return {0, 1, static_cast<double>(row.onOff.defaultValue)};
+    default:
+      return {};
+  }
+}
+
+double LoadValue(const MPluginParameter& row) noexcept {
+  switch (row.kind) {
+    case MParameterKind::kReal:
+      return MLoadShared(row.real.value);
+    case MParameterKind::kInteger:
+      return MLoadShared(row.integer.value);
+    case MParameterKind::kEnumeration:
+      return MLoadShared(row.enumeration.value);
+    case MParameterKind::kSwitch:
+      return MLoadShared(row.onOff.value);
+    default:
+      return 0;
+  }
+}
+
+void StoreValue(MPluginParameter& row, double value) noexcept {
+  if (std::isnan(value)) return;
+  const ParameterRange range = GetRange(row);
+  const double limited = std::max(range.minimum, std::min(range.maximum, value));
+  const int32_t whole = IsWhole(row) ? static_cast<int32_t>(std::lround(limited)) : 0;
+  switch (row.kind) {
+    case MParameterKind::kReal:
+      return MStoreShared(row.real.value, limited);
+    case MParameterKind::kInteger:
+      return MStoreShared(row.integer.value, whole);
+    case MParameterKind::kEnumeration:
+      return MStoreShared(row.enumeration.value, whole);
+    case MParameterKind::kSwitch:
+      return MStoreShared(row.onOff.value, whole);
+    default:
+      return;
+  }
+}
+
+std::string GetText(const MPluginParameter& row, double value) {
+  if (!row.formatter) return PlainText(row, value);
+  MString text;
+  row.formatter(text, value, row);
+  return ToUtf8(text);
+}
+
+std::string GetPlainHelp(const MPluginParameter& row) {
+  const std::string help = ToUtf8(row.help);
+  std::string plain;
+  for (std::size_t i = 0; i < help.size(); ++i) {
+    const std::size_t end = help[i] == '<' && IsTag(help, i) ? help.find('>', i) : std::string::npos;
+    if (end != std::string::npos)
+      i = end;
+    else
+      plain += help[i];
+  }
+  return plain;
+}
+
+std::string ToUtf8(const MString& text) {
+  const MBytes bytes = EncodeNarrow(text);
+  return std::string(bytes.GetText(), static_cast<std::size_t>(bytes.GetSize() - 1));
+}
+
+}  // namespace bridge

@@ -1,0 +1,184 @@
+#include "hosts/cli/Arguments.h"
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cmath>
+
+#include "hosts/cli/Failure.h"
+#include "hosts/cli/Words.h"
+
+namespace cli {
+
+namespace {
+
+// The command line and where its words go.
+struct Parser {
+  Parser();
+  Arguments Parse(int argc, char** argv);
+  std::string GetHelp(const std::string& command);
+
+ private:
+  std::vector<std::string_view> GetCommands() const;
+  void RequireCommand(const std::string& name) const;
+  void AddList();
+  void AddParams();
+  void AddRender();
+  void AddHelp();
+  Arguments GetResult();
+
+  CLI::App app_{"Lists the audio plug-ins of Sonvelle and renders sound files with them.", "sonvelle"};
+  ListArguments list_;
+  ParamsArguments params_;
+  RenderArguments render_;
+  std::string block_ = "512";
+  std::string tail_ = "0";
+  std::string helpCommand_;
+};
+
+Parser::Parser() {
+  app_.set_help_flag("-h,--help", "Print this help.");
+  app_.set_version_flag("--version", "sonvelle " SONVELLE_VERSION, "Print the version.");
+  app_.get_formatter()->label("REQUIRED", "");
+  app_.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app_.get_formatter()->column_width(24);
+  app_.require_subcommand(0, 1);
+  AddList();
+  AddParams();
+  AddRender();
+  AddHelp();
+  for (CLI::App* const command : app_.get_subcommands(nullptr)) command->group("Commands");
+}
+
+void Parser::AddList() {
+  CLI::App& list = *app_.add_subcommand("list", "List the plug-ins: name, kind, what they do.");
+  list.add_flag("--json", list_.json, "Print JSON: name, kind, summary.");
+}
+
+void Parser::AddParams() {
+  CLI::App& params = *app_.add_subcommand(
+      "params", "List the parameters of a plug-in: key, name, kind, range, default, its display text, help.");
+  params.add_option("NAME", params_.plugin, "Plug-in, by its exact name in \"sonvelle list\".")
+      ->required()
+      ->type_name("");
+  params.add_flag("--json", params_.json,
+                  "Print JSON: key, name, kind, range, default, text, help, choices.");
+}
+
+void Parser::AddRender() {
+  CLI::App& render = *app_.add_subcommand(
+      "render", "Send a sound file through an effect into a 32-bit float WAV file of its channels and rate.");
+  render.add_option("EFFECT", render_.effect, "Effect, by its exact name in \"sonvelle list\".")
+      ->required()
+      ->type_name("");
+  render.add_option("IN", render_.input, "Sound file to read, of any format that libsndfile knows.")
+      ->required()
+      ->type_name("");
+  render.add_option("OUT.wav", render_.output, "File to write; it is complete or not there.")
+      ->required()
+      ->type_name("");
+  render
+      .add_option("--set", render_.settings,
+                  "Set a parameter, in its units in \"sonvelle params\": log10 of hertz for frequencies, "
+                  "square roots for thresholds, an index for lists, 0 or 1 for switches. Repeat it for more "
+                  "parameters. Default: each parameter's own.")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->take_all()
+      ->type_name("KEY=NUMBER");
+  render
+      .add_option("--block", block_,
+                  "Frames that the effect gets at a time, 1 to " + std::to_string(kMaximumBlockFrames) +
+                      ". Default: 512.")
+      ->type_name("FRAMES");
+  render
+      .add_option("--tail", tail_,
+                  "What to render behind the input's end: seconds, 0 to " + NumberText(kMaximumTailSeconds) +
+                      ", or \"auto\": until the effect is silent, " +
+                      std::to_string(kMaximumAutomaticTailSeconds) + " seconds at most. Default: 0.")
+      ->type_name("SECONDS|auto");
+  render.footer(
+      "File names that begin with \"-\" stand behind \"--\".\n"
+      "Exit codes: 0 done, 1 a file or its contents, 2 usage, 3 a plug-in, 4 the output could not "
+      "be written.");
+}
+
+void Parser::AddHelp() {
+  CLI::App& help = *app_.add_subcommand("help", "Print the help of a command, or this one.");
+  help.add_option("COMMAND", helpCommand_, "Command to explain.")->type_name("");
+}
+
+std::vector<std::string_view> Parser::GetCommands() const {
+  std::vector<std::string_view> names;
+  for (const CLI::App* command : app_.get_subcommands(nullptr)) names.push_back(command->get_name());
+  return names;
+}
+
+void Parser::RequireCommand(const std::string& name) const {
+  const std::vector<std::string_view> names = GetCommands();
+  if (std::find(names.begin(), names.end(), name) != names.end()) return;
+  throw Failure(ExitCode::kUsage, "there is no command \"" + name + "\", did you mean " +
+                                      std::string(NearestName(names, name)) + "? (see: sonvelle help)");
+}
+
+std::string Parser::GetHelp(const std::string& command) {
+  if (command.empty()) return app_.help();
+  RequireCommand(command);
+  return app_.get_subcommand(command)->help("sonvelle");
+}
+
+int32_t ParseBlock(const std::string& text) {
+  const std::optional<double> frames = ParseNumber(text);
+  if (!frames || *frames != std::floor(*frames) || *frames < 1 || *frames > kMaximumBlockFrames)
+    throw Failure(ExitCode::kUsage, "--block: \"" + text + "\" is not a whole number from 1 to " +
+                                        std::to_string(kMaximumBlockFrames));
+  return static_cast<int32_t>(*frames);
+}
+
+std::optional<double> ParseTail(const std::string& text) {
+  if (text == "auto") return std::nullopt;
+  const std::optional<double> seconds = ParseNumber(text);
+  if (!seconds || *seconds < 0 || *seconds > kMaximumTailSeconds)
+    throw Failure(ExitCode::kUsage, "--tail: \"" + text + "\" is neither \"auto\" nor a number from 0 to " +
+                                        NumberText(kMaximumTailSeconds));
+  return seconds;
+}
+
+Arguments Parser::GetResult() {
+  if (app_.got_subcommand("list")) return list_;
+  if (app_.got_subcommand("params")) return params_;
+  if (app_.got_subcommand("help")) return PrintArguments{Parser().GetHelp(helpCommand_)};
+  render_.blockFrames = ParseBlock(block_);
+  render_.tailSeconds = ParseTail(tail_);
+  return render_;
+}
+
+Arguments Parser::Parse(int argc, char** argv) {
+  const std::string first = argc > 1 ? argv[1] : "";
+  if (!first.starts_with('-')) RequireCommand(first);
+  try {
+    app_.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return PrintArguments{app_.help()};
+  } catch (const CLI::CallForVersion& version) {
+    return PrintArguments{std::string(version.what()) + "\n"};
+  } catch (const CLI::ParseError& error) {
+    const auto commands = app_.get_subcommands();
+    const std::string help = commands.empty() ? "" : " " + commands.front()->get_name();
+    throw Failure(ExitCode::kUsage, std::string(error.what()) + " (see: sonvelle help" + help + ")");
+  }
+  if (app_.get_subcommands().empty())
+    throw Failure(ExitCode::kUsage, "no command is given (see: sonvelle help)");
+  return GetResult();
+}
+
+}  // namespace
+
+Arguments ParseArguments(int argc, char** argv) {
+  return Parser().Parse(argc, argv);
+}
+
+std::string GetUsage() {
+  return Parser().GetHelp({});
+}
+
+}  // namespace cli

@@ -1,0 +1,146 @@
+#include "hosts/cli/AudioFiles.h"
+
+#include <sndfile.h>
+
+#include <cstdio>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "hosts/cli/Failure.h"
+#include "hosts/cli/System.h"
+
+namespace cli {
+
+namespace {
+
+// What a plain WAV file is expected to hold at most, and can hold: its sizes have 32 bits. Between the two
+// lies what a header may be wrong about the length of its data.
+constexpr int64_t kExpectedInPlainWav = int64_t{1} << 31;
+constexpr int64_t kMostInPlainWav = (int64_t{1} << 32) - 4096;
+
+OutputFile& Output(void* file) {
+  return *static_cast<OutputFile*>(file);
+}
+
+SF_VIRTUAL_IO MakeVirtualFile() {
+  SF_VIRTUAL_IO io;
+  io.get_filelen = [](void* file) -> sf_count_t { return Output(file).GetSize(); };
+  io.seek = [](sf_count_t offset, int whence, void* file) -> sf_count_t {
+    return Output(file).Seek(offset, whence);
+  };
+  io.read = [](void* bytes, sf_count_t count, void* file) -> sf_count_t {
+    return Output(file).Read(bytes, count);
+  };
+  io.write = [](const void* bytes, sf_count_t count, void* file) -> sf_count_t {
+    return Output(file).Write(bytes, count);
+  };
+  io.tell = [](void* file) -> sf_count_t { return Output(file).Seek(0, SEEK_CUR); };
+  return io;
+}
+
+// What is wrong with a file that libsndfile does not open. It checks the numbers of a header last.
+std::string WhyNotOpened() {
+  const std::string text = sf_strerror(nullptr);
+  const std::string start = text.find("SF_INFO") != std::string::npos
+                                ? "its header names no usable sample rate or number of channels"
+                                : "it cannot be read as a sound file";
+  return start + ": " + text;
+}
+
+}  // namespace
+
+struct AudioReader::Handle {
+  explicit Handle(SNDFILE* opened) : file(opened) {}
+  ~Handle() { sf_close(file); }
+
+  SNDFILE* const file;
+};
+
+AudioReader::AudioReader(const std::string& path) : path_(path) {
+  const std::string reason = WhyUnreadable(path);
+  if (!reason.empty()) throw Failure(ExitCode::kFile, path + ": " + reason);
+  SF_INFO info = {};
+  SNDFILE* const file = sf_open(path == "-" ? "./-" : path.c_str(), SFM_READ, &info);
+  if (!file) throw Failure(ExitCode::kFile, path + ": " + WhyNotOpened());
+  handle_ = std::make_unique<Handle>(file);
+  format_ = {info.channels, info.samplerate};
+  if (info.frames < SF_COUNT_MAX) frames_ = info.frames;
+}
+
+AudioReader::~AudioReader() = default;
+
+int64_t AudioReader::Read(float* interleaved, int64_t frames) {
+  const int64_t got = sf_readf_float(handle_->file, interleaved, frames);
+  if (got < frames && sf_error(handle_->file) != SF_ERR_NO_ERROR)
+    throw Failure(ExitCode::kFile, path_ + ": reading failed: " + sf_strerror(handle_->file));
+  return got;
+}
+
+struct AudioWriter::Handle {
+  ~Handle() {
+    if (file) sf_close(file);
+  }
+
+  SF_VIRTUAL_IO io = MakeVirtualFile();
+  SNDFILE* file = nullptr;
+};
+
+AudioWriter::AudioWriter(OutputFile& output, const AudioFormat& format, std::optional<int64_t> expectedFrames)
+    : output_(output),
+      frameBytes_(int64_t{4} * format.channels),
+      framesLeft_(std::numeric_limits<int64_t>::max()),
+      handle_(std::make_unique<Handle>()) {
+  const bool isPlain = expectedFrames && *expectedFrames <= kExpectedInPlainWav / frameBytes_;
+  if (isPlain) framesLeft_ = kMostInPlainWav / frameBytes_;
+  SF_INFO info = {};
+  info.channels = format.channels;
+  info.samplerate = format.sampleRate;
+  info.format = SF_FORMAT_FLOAT | (isPlain ? SF_FORMAT_WAV : SF_FORMAT_RF64);
+  handle_->file = sf_open_virtual(&handle_->io, SFM_WRITE, &info, &output_);
+  output_.ThrowIfFailed();
+  if (!handle_->file) throw Failure(ExitCode::kOutput, sf_strerror(nullptr));
+  sf_command(handle_->file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
+  sf_command(handle_->file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
+}
+
+AudioWriter::~AudioWriter() = default;
+
+void AudioWriter::Write(const float* interleaved, int64_t frames) {
+  framesLeft_ -= frames;
+  if (framesLeft_ < 0)
+    throw Failure(ExitCode::kOutput,
+                  "the input is much longer than its header says, and a WAV file too short");
+  const int64_t written = sf_writef_float(handle_->file, interleaved, frames);
+  output_.ThrowIfFailed();
+  if (written != frames) throw Failure(ExitCode::kOutput, sf_strerror(handle_->file));
+}
+
+void AudioWriter::Close() {
+  sf_close(std::exchange(handle_->file, nullptr));
+  DropPeaks();
+  output_.ThrowIfFailed();
+}
+
+// libsndfile puts the peaks, with the time of day, into every RF64 file. The chunk becomes one to skip.
+void AudioWriter::DropPeaks() {
+  struct {
+    char name[4];
+    uint8_t size[4];
+  } chunk;
+  constexpr int64_t kFirstChunk = 12;
+  int64_t position = kFirstChunk;
+  while (output_.Seek(position, SEEK_SET) == position &&
+         output_.Read(&chunk, sizeof chunk) == int64_t{sizeof chunk} &&
+         std::memcmp(chunk.name, "data", 4) != 0) {
+    if (std::memcmp(chunk.name, "PEAK", 4) == 0) {
+      output_.Seek(position, SEEK_SET);
+      output_.Write("JUNK", 4);
+    }
+    const uint32_t size =
+        chunk.size[0] | chunk.size[1] << 8 | chunk.size[2] << 16 | uint32_t{chunk.size[3]} << 24;
+    position += int64_t{sizeof chunk} + size + size % 2;
+  }
+}
+
+}  // namespace cli

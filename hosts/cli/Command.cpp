@@ -1,0 +1,112 @@
+#include "hosts/cli/Command.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <new>
+
+#include "core/MException.h"
+#include "hosts/bridge/PluginLibrary.h"
+#include "hosts/cli/Arguments.h"
+#include "hosts/cli/Failure.h"
+#include "hosts/cli/Listing.h"
+#include "hosts/cli/RenderCommand.h"
+#include "hosts/cli/System.h"
+#include "hosts/cli/Words.h"
+
+namespace cli {
+
+namespace {
+
+void Print(const std::string& text) {
+  errno = 0;
+  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+    throw Failure(ExitCode::kOutput, "standard output: " + ErrorText(errno));
+}
+
+// Beside the program as it is built, else where it is installed.
+std::filesystem::path FindLibrary() {
+  const std::filesystem::path folder = GetProgramFolder();
+  std::string places;
+  for (const char* const place : {".", SONVELLE_LIBRARY_FOLDER, "../lib/sonvelle"}) {
+    const std::filesystem::path file = (folder / place / "Sonvelle.so").lexically_normal();
+    std::error_code error;
+    if (std::filesystem::exists(file, error)) return file;
+    places += (places.empty() ? "" : ", ") + file.string();
+  }
+  throw Failure(ExitCode::kPlugin, "the library of plug-ins is not there: " + places);
+}
+
+const bridge::PluginType& RequirePlugin(const bridge::PluginTable& plugins, const std::string& name) {
+  if (const bridge::PluginType* const found = bridge::FindPlugin(plugins, name)) return *found;
+  std::vector<std::string_view> names;
+  for (const bridge::PluginType& type : plugins) names.push_back(type.name);
+  std::string line = "there is no plug-in \"" + name + "\"";
+  if (!names.empty()) line += ", did you mean " + std::string(NearestName(names, name)) + "?";
+  throw Failure(ExitCode::kUsage, line + " (see: sonvelle list)");
+}
+
+// One command with the plug-ins that are there.
+struct Run {
+  const bridge::PluginTable& plugins;
+
+  void operator()(const PrintArguments& arguments) const { Print(arguments.text); }
+  void operator()(const ListArguments& arguments) const {
+    Print(arguments.json ? ListAsJson(plugins) : ListAsText(plugins));
+  }
+  void operator()(const ParamsArguments& arguments) const {
+    const bridge::Plugin plugin(RequirePlugin(plugins, arguments.plugin).entryPoint);
+    Print(arguments.json ? ParametersAsJson(plugin) : ParametersAsText(plugin));
+  }
+  void operator()(const RenderArguments& arguments) const {
+    Render(RequirePlugin(plugins, arguments.effect), arguments);
+  }
+};
+
+// An exception of the library points into it, so it becomes a Failure while the library is there.
+void RunWithLibrary(const Arguments& arguments) {
+  const bridge::PluginLibrary library(FindLibrary());
+  try {
+    std::visit(Run{library.GetPlugins()}, arguments);
+  } catch (const MException& raised) {
+    throw Failure(ExitCode::kPlugin, "the plug-in raised an exception", bridge::ToUtf8(raised.message));
+  }
+}
+
+int Report(ExitCode code, std::string line, const std::string& detail) {
+  // File names may hold anything, and the user gets one line.
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
+  std::fputs(("sonvelle: " + line + "\n" + (detail.empty() ? "" : detail + "\n")).c_str(), stderr);
+  return static_cast<int>(code);
+}
+
+int RunOrThrow(int argc, char** argv) {
+  if (argc < 2) {
+    std::fputs(GetUsage().c_str(), stderr);
+    return static_cast<int>(ExitCode::kUsage);
+  }
+  const Arguments arguments = ParseArguments(argc, argv);
+  if (const auto* const print = std::get_if<PrintArguments>(&arguments))
+    Print(print->text);
+  else
+    RunWithLibrary(arguments);
+  return static_cast<int>(ExitCode::kDone);
+}
+
+}  // namespace
+
+int RunCommand(int argc, char** argv) noexcept {
+  PrepareProcess();
+  try {
+    return RunOrThrow(argc, argv);
+  } catch (const Failure& failure) {
+    return Report(failure.code, failure.what(), failure.detail);
+  } catch (const std::bad_alloc&) {
+    return Report(ExitCode::kPlugin, "there is not enough memory", {});
+  } catch (const std::exception& error) {
+    return Report(ExitCode::kPlugin, error.what(), {});
+  }
+}
+
+}  // namespace cli

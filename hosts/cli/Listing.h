@@ -1,0 +1,22 @@
+#pragma once
+// Plug-ins and their parameters as text for people and as JSON for scripts.
+
+#include <string>
+
+#include "hosts/bridge/Plugin.h"
+#include "hosts/bridge/PluginTable.h"
+
+namespace cli {
+
+std::string ListAsText(const bridge::PluginTable& plugins);
+std::string ListAsJson(const bridge::PluginTable& plugins);
+
+// Rows without a value, which only group others in an editor, are left out.
+std::string ParametersAsText(const bridge::Plugin& plugin);
+std::string ParametersAsJson(const bridge::Plugin& plugin);
+
+// "effect" or "instrument"; "real", "integer", "enumeration" or "switch".
+const char* KindName(bridge::PluginKind kind) noexcept;
+const char* KindName(MParameterKind kind) noexcept;
+
+}  // namespace cli

@@ -1,0 +1,50 @@
+#include <nlohmann/json.hpp>
+
+#include "hosts/cli/Listing.h"
+
+namespace cli {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// What is no UTF-8 comes out as replacement characters.
+std::string Print(const Json& json) {
+  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+Json Number(const MPluginParameter& row, double value) {
+  return bridge::IsWhole(row) ? Json(static_cast<int32_t>(value)) : Json(value);
+}
+
+}  // namespace
+
+std::string ListAsJson(const bridge::PluginTable& plugins) {
+  Json list = Json::array();
+  for (const bridge::PluginType& type : plugins)
+    list.push_back({{"name", type.name}, {"kind", KindName(type.kind)}, {"summary", type.summary}});
+  return Print(list);
+}
+
+std::string ParametersAsJson(const bridge::Plugin& plugin) {
+  Json list = Json::array();
+  for (const MPluginParameter& row : plugin.GetParameters()) {
+    if (!bridge::HasValue(row)) continue;
+    const bridge::ParameterRange range = bridge::GetRange(row);
+    Json json;
+    json["key"] = bridge::ToUtf8(row.key);
+    json["name"] = bridge::ToUtf8(row.name);
+    json["kind"] = KindName(row.kind);
+    json["range"] = Json::array({Number(row, range.minimum), Number(row, range.maximum)});
+    json["default"] = Number(row, range.defaultValue);
+    json["text"] = bridge::GetText(row, range.defaultValue);
+    json["help"] = bridge::ToUtf8(row.help);
+    if (row.kind == MParameterKind::kEnumeration)
+      json["choices"] =
+          std::vector<std::string>(row.enumeration.choices, row.enumeration.choices + row.enumeration.count);
+    list.push_back(json);
+  }
+  return Print(list);
+}
+
+}  // namespace cli
