@@ -4,13 +4,18 @@ from tree_case import TOOLS, TreeCase
 
 # Stands for cmake: configures by making build.ninja, builds a command that copies what it shall render and otherwise prints
 # its folder and arguments.
-CMAKE = r"""
+CMAKE = """
 echo "cmake $*" >>log
 echo chatter; echo chatter >&2
 [[ ! -e broken ]] || { echo "FAILED: some.o"; echo "some.cpp:1: error"; exit 1; }
 if [[ $1 == --preset ]]; then mkdir -p build/$2 && touch build/$2/build.ninja; fi
 if [[ $2 == build/release ]]; then
-  printf '#!/bin/bash\\necho "$PWD|$*"\\nexit 3\\n' >build/release/sonvelle
+  cat >build/release/sonvelle <<'END'
+#!/bin/bash
+if [[ $1 == render ]]; then cp "$3" "$4" && exit; fi
+echo "$PWD|$*"
+exit 3
+END
   chmod +x build/release/sonvelle
 fi
 """
