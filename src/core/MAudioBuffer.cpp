@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "core/MException.h"
 #include "core/MTranslate.h"
@@ -99,13 +100,15 @@ void MAudioBuffer::Fade(int32_t begin, double beginGain, int32_t end, double end
 }
 
 bool MAudioBuffer::IsAllBelow(double threshold) const noexcept {
+  // A float is above the threshold exactly if it is above the largest float that is not.
+  float limit = static_cast<float>(threshold);
+  if (limit > threshold) limit = std::nextafter(limit, -std::numeric_limits<float>::infinity());
   constexpr int64_t kChunk = 1024;  // no branch per sample, and a loud line is left early
   for (int32_t c = 0; c < channelCount_; ++c) {
     for (int64_t start = 0; start < length_; start += kChunk) {
       const int64_t end = std::min(start + kChunk, int64_t{length_});
       int above = 0;
-      for (int64_t i = start; i < end; ++i)
-        above |= std::abs(static_cast<double>(channels_[c][i])) > threshold;
+      for (int64_t i = start; i < end; ++i) above |= std::abs(channels_[c][i]) > limit;
       if (above) return false;
     }
   }

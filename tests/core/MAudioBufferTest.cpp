@@ -263,10 +263,23 @@ TEST(MAudioBuffer, SampleAtTheThresholdCountsAsBelowAndTheNextFloatDoesNot) {
 }
 
 TEST(MAudioBuffer, ThresholdIsComparedInDouble) {
+  using Float = std::numeric_limits<float>;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  std::vector<double> thresholds = {0.0, -0.0, -1.0, 1e300, -1e300, 1e-300, kInfinity, -kInfinity};
+  const Floats samples = {
+      0.0f, 1.0f, 0.0001f, 0.3f, Float::min(), Float::denorm_min(), Float::max(), Float::infinity()};
+  for (const float sample : samples)
+    for (const double target : {-kInfinity, kInfinity})
+      for (const double step : {double{sample}, double{std::nextafter(sample, static_cast<float>(target))}})
+        thresholds.insert(thresholds.end(), {step, std::nextafter(step, target), (sample + step) / 2});
   MAudioBuffer buffer;
-  FillByNumber(buffer, 1, 1);
-  EXPECT_TRUE(buffer.IsAllBelow(1.0));
-  EXPECT_FALSE(buffer.IsAllBelow(std::nextafter(1.0, 0.0)));
+  buffer.SetSize(1, 1);
+  for (const double threshold : thresholds)
+    for (const float sample : samples)
+      for (const float signedSample : {sample, -sample}) {
+        buffer.GetChannel(0)[0] = signedSample;
+        EXPECT_EQ(buffer.IsAllBelow(threshold), double{sample} <= threshold) << sample << " at " << threshold;
+      }
 }
 
 TEST(MAudioBuffer, NaNIsNotAboveTheThresholdAndInfinityIs) {
