@@ -9,93 +9,9 @@
 // is not called any more; one added is first called for the next entry. A target is destroyed on the thread
 // that delivers to it, or after it has unsubscribed.
 
-#include <thread>
-
-#include "core/MList.h"
+#include "core/MEventState.h"
 #include "core/MLock.h"
 #include "core/MObject.h"
-
-class MEventBase;
-class MEventTarget;
-
-// What a callback gets is decided by the event's type; this form is for storage only.
-using MEventFunction = void (*)();
-
-// The part of an event that a running delivery keeps alive. Everything in it is guarded by the event lock.
-class MEventState {
- public:
-  M_LIBRARY_MEMORY
-
-  // Returns the number of the subscription, 0 when the event is gone.
-  uint64_t Subscribe(MEventTarget* subscriber, MWord extra, MEventFunction callback);
-  // Removes the subscriptions of these three, or the one of this number.
-  void Unsubscribe(MEventTarget* subscriber, MWord extra, MEventFunction callback);
-  void Unsubscribe(uint64_t id);
-
-  void Retain() noexcept { references_.fetch_add(1, std::memory_order_relaxed); }
-  static void Drop(MEventState* state) noexcept;
-
- protected:
-  struct Subscription {
-    MEventTarget* subscriber;
-    MWord extra;  // handed back to the callback
-    MEventFunction callback;
-    uint64_t id;
-  };
-
-  // Marks a callback that runs, for the check that its target is not destroyed by another thread.
-  class Call {
-   public:
-    // False in `IsWanted` when the subscription has been removed since the delivery began.
-    Call(MEventState& state, const Subscription& subscription);
-    Call(const Call&) = delete;
-    Call& operator=(const Call&) = delete;
-    ~Call();
-    bool IsWanted() const noexcept { return wanted_; }
-
-   private:
-    friend class MEventState;
-    MEventState& state_;
-    MEventTarget* subscriber_;
-    std::thread::id thread_;
-    Call* next_ = nullptr;
-    bool wanted_;
-  };
-
-  explicit MEventState(MEventBase* event) noexcept : event_(event) {}
-  MEventState(const MEventState&) = delete;
-  MEventState& operator=(const MEventState&) = delete;
-  virtual ~MEventState() = default;
-
-  // Links the sender of an entry with the event and, if asked, puts the event into the queue.
-  void NotePosted(MEventTarget* sender, bool enqueue);
-  // Takes the link away when neither a subscription nor a pending entry asks for it any more.
-  void UnlinkIfIdle(MEventTarget* target) noexcept;
-  void RemoveTarget(MEventTarget* target) noexcept;
-  void ClearPending() noexcept;
-  void Die() noexcept;
-
-  // The pending entries, oldest first.
-  virtual int32_t GetPendingCount() const noexcept = 0;
-  virtual MEventTarget* GetPendingSender(int32_t index) const noexcept = 0;
-  virtual void RemovePending(int32_t index) noexcept = 0;
-  // Pops and delivers one entry; false if there is none or its number is above `last`.
-  virtual bool DeliverUpTo(uint64_t last) = 0;
-
-  friend class MEventBase;
-  friend class MEventQueue;
-
-  MEventBase* event_;  // null when the event has been destroyed
-  MEventTarget* lastSender_ = nullptr;
-  MList<Subscription> subscriptions_;
-
- private:
-  std::atomic<int32_t> references_ = 1;
-  uint64_t lastId_ = 0;
-  Call* calls_ = nullptr;
-  bool waiting_ = false;  // in the queue of MEventQueue
-  MEventState* nextWaiting_ = nullptr;
-};
 
 // Anything that can subscribe to events.
 class MEventTarget : public MObject {
@@ -109,8 +25,8 @@ class MEventTarget : public MObject {
   friend class MEventState;
   friend class MEventBase;
 
-  MList<MEventBase*>
-      events_;  // each event at most once: it has a subscription or a pending entry of this target
+  // Each event at most once: it has a subscription or an entry of this target.
+  MList<MEventBase*> events_;
 };
 
 // An event without its parameter type.
@@ -120,7 +36,7 @@ class MEventBase : public MEventTarget {
 
   // Delivers the oldest pending entry; raises "Index out of range." when there is none.
   virtual void Pop() = 0;
-  // The sender of the newest entry, null when it is gone.
+  // The sender of the newest entry, null once it is not linked with the event any more.
   MEventTarget* GetLastSender() const;
   // True while the event and the target are linked. For tests.
   bool IsLinkedWith(const MEventTarget& target) const;
@@ -135,12 +51,15 @@ class MEventBase : public MEventTarget {
   explicit MEventBase(MEventState* state) noexcept : state_(state) {}
 
   MEventState* state_;
+
+ private:
+  friend class MEventTarget;
 };
 
 // The one handler policy: nothing is added to the parameters.
 struct MHandlerNoAdditionals {};
 
-// An event with parameters P: a copyable record whose first member is `MEventTarget* sender`.
+// An event with parameters P: a trivially copyable record whose first member is `MEventTarget* sender`.
 template <typename P, typename H = MHandlerNoAdditionals>
 class MEvent final : public MEventBase {
  public:
@@ -166,16 +85,22 @@ class MEvent final : public MEventBase {
   }
 
   void Pop() override {
-    const Hold hold(state_);
+    const MEventState::Hold hold(state_);
     if (!static_cast<State*>(hold.state)->DeliverUpTo(~uint64_t{0})) MThrowIndexOutOfRange();
   }
 
   // Posts and delivers on the calling thread, older entries first. Without subscriptions nothing happens.
+  // What stays behind when a handler throws waits for MEventQueue::Drain.
   void Fire(const P& parameters) {
-    const Hold hold(state_);
+    const MEventState::Hold hold(state_);
     State* const state = static_cast<State*>(hold.state);
     const uint64_t entry = state->Post(parameters, false);
-    while (entry != 0 && state->DeliverUpTo(entry)) continue;
+    try {
+      while (entry != 0 && state->DeliverUpTo(entry)) continue;
+    } catch (...) {
+      state->QueuePending();
+      throw;
+    }
   }
 
  private:
@@ -185,15 +110,6 @@ class MEvent final : public MEventBase {
   static MEventFunction Stored(Callback callback) noexcept {
     return reinterpret_cast<MEventFunction>(callback);
   }
-
-  // Keeps the state through a delivery that may destroy the event.
-  struct Hold {
-    explicit Hold(MEventState* s) noexcept : state(s) { s->Retain(); }
-    Hold(const Hold&) = delete;
-    Hold& operator=(const Hold&) = delete;
-    ~Hold() { MEventState::Drop(state); }
-    MEventState* state;
-  };
 
   class State final : public MEventState {
    public:
@@ -205,11 +121,12 @@ class MEvent final : public MEventBase {
       if (subscriptions_.IsEmpty()) return 0;
       pending_.Add({parameters, lastEntry_ + 1});
       try {
-        NotePosted(parameters.sender, enqueue);
+        NotePosted(parameters.sender);
       } catch (...) {
         pending_.Remove(pending_.GetCount() - 1);
         throw;
       }
+      if (enqueue) Enqueue();
       return ++lastEntry_;
     }
 
@@ -236,22 +153,18 @@ class MEvent final : public MEventBase {
 
 template <typename P, typename H>
 bool MEvent<P, H>::State::DeliverUpTo(uint64_t last) {
-  MList<Subscription> subscriptions;
-  P parameters{};
+  Delivery delivery(*this);
+  P parameters;
   {
     const MLocker lock(MGetEventLock());
     if (pending_.IsEmpty() || pending_[0].number > last) return false;
-    subscriptions = subscriptions_;
+    delivery.Begin();
     parameters = pending_[0].parameters;
     pending_.Remove(0);
-    UnlinkIfIdle(parameters.sender);
   }
-  for (const Subscription& subscription : subscriptions) {
-    const Call call(*this, subscription);
-    if (call.IsWanted())
-      reinterpret_cast<Callback>(subscription.callback)(subscription.subscriber, subscription.extra,
-                                                        parameters);
-  }
+  while (const Subscription* const subscription = delivery.Next())
+    reinterpret_cast<Callback>(subscription->callback)(subscription->subscriber, subscription->extra,
+                                                       parameters);
   return true;
 }
 
@@ -282,7 +195,7 @@ class MEventQueue {
  public:
   // Delivers on the calling thread until nothing is pending. The interface loop calls it at every turn;
   // without one the owner of the events does.
-  static void Drain();
+  static void Drain() { MEventState::DrainQueue(); }
 };
 
 struct MOnNotifyParams {

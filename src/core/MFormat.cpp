@@ -33,70 +33,88 @@ struct MFormat::State {
   int32_t nextArgument = 0;
 
   void Scan(const MString& format);
+  int32_t CopyPlain(const MString& format, int32_t start);
   int32_t ScanArgument(const MString& format, int32_t i);
+  void SetPosition(int32_t index);
   Argument* Next() noexcept;
   template <typename InsertText>
   void Place(const Argument& argument, InsertText&& insert);
-  void PlaceNumber(const Argument& argument, bool plus, const char* digits, int32_t length);
+  void PlaceInteger(const Argument& argument, MChar sign, uint64_t magnitude);
 };
 
 void MFormat::State::Scan(const MString& format) {
   text.Reserve(format.GetLength() + 32);
-  for (int32_t i = 0;; ++i) {
+  for (int32_t i = 0;;) {
+    i = CopyPlain(format, i);
     const MChar c = format.At(i);
-    if (c == u'{' && format.At(i + 1) != u'{') {
+    if (c == 0) return;
+    const MChar next = format.At(i + 1);
+    if (c == u'{' && next != u'{') {
       i = ScanArgument(format, i + 1);
       continue;
     }
-    if (c == 0) return;
-    const bool pair = c == u'{' || c == u'}';
-    if (pair) ++i;
-    text.Append(pair ? format.At(i) : c);
-    if (pair && format.At(i) == 0) return;  // the text ended in "}"
+    text.Append(next);  // the brace of "{{", or what stands behind "}"
+    if (next == 0) return;
+    i += 2;
   }
 }
 
-// Reads one style from behind its "{"; returns the index of its "}".
+// Copies up to the next brace or the end; returns the index of what it stopped at.
+int32_t MFormat::State::CopyPlain(const MString& format, int32_t start) {
+  return format.Visit([&](const auto* units, int32_t length) {
+    int32_t end = start;
+    while (end < length && units[end] != u'{' && units[end] != u'}' && units[end] != 0) ++end;
+    if constexpr (sizeof(*units) == 1)
+      text.AppendNarrow(units + start, end - start);
+    else
+      text.AppendUnits(units + start, end - start);
+    return end;
+  });
+}
+
+// Puts an argument at the end of the text, behind those that stand there already.
+void MFormat::State::SetPosition(int32_t index) {
+  argumentCount = std::max(argumentCount, index + 1);
+  Argument& entry = arguments[index];
+  entry.position = text.GetLength();
+  entry.order = 0;
+  for (int32_t k = 0; k < argumentCount; ++k)
+    if (k != index && arguments[k].position == entry.position) ++entry.order;
+}
+
+// Reads one style from behind its "{"; returns the index behind its "}".
 int32_t MFormat::State::ScanArgument(const MString& format, int32_t i) {
-  const auto number = [&](int32_t start) {
+  const auto number = [&] {
     int32_t consumed;
-    const int64_t value = format.ToInteger(10, &consumed, start);
-    i = start + consumed;
+    const int64_t value = format.ToInteger(10, &consumed, i);
+    i += consumed;
     return value;
   };
-  const int64_t index = number(i);
+  const int64_t index = number();
   Argument unnamed;
-  Argument* entry = &unnamed;
-  if (index >= 0 && index < kMaximumArguments) {
-    entry = &arguments[index];
-    argumentCount = std::max(argumentCount, static_cast<int32_t>(index) + 1);
-    entry->position = text.GetLength();
-    entry->order = 0;
-    for (int32_t k = 0; k < argumentCount; ++k)
-      if (k != index && arguments[k].position == entry->position) ++entry->order;
-  }
+  const bool named = index >= 0 && index < kMaximumArguments;
+  if (named) SetPosition(static_cast<int32_t>(index));
+  Argument& entry = named ? arguments[index] : unnamed;
   for (;;) {
-    switch (format.At(i++)) {
+    const MChar c = format.At(i++);
+    switch (c) {
       case 0:
         throw MException("Formatting string ends in an argument specification.");
       case u'}':
-        return i - 1;
+        return i;
       case u' ':
-        entry->fill = ' ';
-        entry->width = static_cast<uint8_t>(number(i));
-        break;
       case u'0':
-        entry->fill = '0';
-        entry->width = static_cast<uint8_t>(number(i));
+        entry.fill = static_cast<uint8_t>(c);
+        entry.width = static_cast<uint8_t>(number());
         break;
       case u'+':
-        entry->flags |= kShowPlus;
+        entry.flags |= kShowPlus;
         break;
       case u'.':
-        entry->precision = static_cast<uint8_t>(number(i));
+        entry.precision = static_cast<uint8_t>(number());
         break;
       case u'x':
-        entry->flags |= kHexadecimal;
+        entry.flags |= kHexadecimal;
         break;
       default:
         break;
@@ -125,11 +143,11 @@ void MFormat::State::Place(const Argument& argument, InsertText&& insert) {
   }
 }
 
-void MFormat::State::PlaceNumber(const Argument& argument, bool plus, const char* digits, int32_t length) {
-  Place(argument, [&](int32_t position) {
-    text.InsertNarrow(position, digits, length);
-    if (plus) text.Insert(position, u'+');
-  });
+void MFormat::State::PlaceInteger(const Argument& argument, MChar sign, uint64_t magnitude) {
+  MChar digits[kIntegerTextSize];
+  const int32_t base = argument.flags & kHexadecimal ? 16 : 10;
+  const int32_t length = MWriteInteger(digits, sign, magnitude, base, argument.width, argument.fill);
+  Place(argument, [&](int32_t position) { text.InsertUnits(position, digits, length); });
 }
 
 MFormat::MFormat(const MString& format) : state_(new State) {
@@ -172,35 +190,28 @@ MFormat& MFormat::Arg(const char* text) {
 
 MFormat& MFormat::Arg(int64_t value) {
   if (const Argument* const argument = state_->Next()) {
-    char digits[kIntegerTextSize];
-    const int32_t base = argument->flags & kHexadecimal ? 16 : 10;
-    const int32_t length =
-        MWriteInteger(digits, value, base, argument->width, static_cast<char>(argument->fill));
-    state_->PlaceNumber(*argument, (argument->flags & kShowPlus) && value >= 0, digits, length);
+    const MChar plus = argument->flags & kShowPlus ? u'+' : MChar(0);
+    state_->PlaceInteger(*argument, value < 0 ? u'-' : plus, MMagnitude(value));
   }
   return *this;
 }
 
 MFormat& MFormat::Arg(uint64_t value) {
-  if (const Argument* const argument = state_->Next()) {
-    char digits[kIntegerTextSize];
-    const int32_t base = argument->flags & kHexadecimal ? 16 : 10;
-    const int32_t length =
-        MWriteUnsigned(digits, value, base, argument->width, static_cast<char>(argument->fill));
-    state_->PlaceNumber(*argument, argument->flags & kShowPlus, digits, length);
-  }
+  if (const Argument* const argument = state_->Next())
+    state_->PlaceInteger(*argument, argument->flags & kShowPlus ? u'+' : MChar(0), value);
   return *this;
 }
 
 MFormat& MFormat::Arg(double value) {
   if (const Argument* const argument = state_->Next()) {
     char digits[kDoubleTextSize];
-    const int32_t length = MWriteDouble(digits, value, argument->precision);
-    state_->PlaceNumber(*argument, (argument->flags & kShowPlus) && value >= 0, digits, length);
+    const int32_t length =
+        MWriteDouble(digits, value, argument->precision, (argument->flags & kShowPlus) != 0);
+    state_->Place(*argument, [&](int32_t position) { state_->text.InsertNarrow(position, digits, length); });
   }
   return *this;
 }
 
-const MString& MFormat::Text() const noexcept {
+MString MFormat::Text() const noexcept {
   return state_->text;
 }

@@ -29,7 +29,7 @@ class MFormat {
   MFormat& Arg(int32_t value) { return Arg(static_cast<int64_t>(value)); }
   MFormat& Arg(uint32_t value) { return Arg(static_cast<uint64_t>(value)); }
 
-  const MString& Text() const noexcept;
+  MString Text() const noexcept;
 
  private:
   struct State;

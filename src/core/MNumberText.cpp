@@ -2,38 +2,42 @@
 
 #include <algorithm>
 #include <charconv>
-#include <cstring>
 
-int32_t MWriteUnsigned(char (&text)[kIntegerTextSize], uint64_t value, int32_t base, int32_t width,
-                       char fill) noexcept {
-  constexpr int32_t kMaximumDigits = 62;
-  if (base < 2 || base > 16) base = 10;
-  char digits[64];
-  int32_t count = 0;
+namespace {
+
+// Writes digits downwards from `end`, at most 62; returns the first one.
+template <typename Base>
+MChar* WriteDigits(MChar* end, uint64_t magnitude, Base base) noexcept {
+  MChar* first = end;
   do {
-    digits[count++] = "0123456789ABCDEF"[value % static_cast<uint32_t>(base)];
-    value /= static_cast<uint32_t>(base);
-  } while (value != 0);
-  count = std::min(count, kMaximumDigits);
-  const int32_t padding = std::clamp(width, count, kMaximumDigits) - count;
-  std::memset(text, fill, static_cast<std::size_t>(padding));
-  std::reverse_copy(digits, digits + count, text + padding);
-  text[padding + count] = 0;
-  return padding + count;
+    *--first = u"0123456789ABCDEF"[magnitude % base];
+    magnitude /= base;
+  } while (magnitude != 0 && end - first < kMaximumDigits);
+  return first;
 }
 
-int32_t MWriteInteger(char (&text)[kIntegerTextSize], int64_t value, int32_t base, int32_t width,
-                      char fill) noexcept {
-  if (value >= 0) return MWriteUnsigned(text, static_cast<uint64_t>(value), base, width, fill);
-  const int32_t length = MWriteUnsigned(text, 0 - static_cast<uint64_t>(value), base, width, fill);
-  std::memmove(text + 1, text, static_cast<std::size_t>(length) + 1);
-  text[0] = '-';
-  return length + 1;
+}  // namespace
+
+int32_t MWriteInteger(MChar (&text)[kIntegerTextSize], MChar sign, uint64_t magnitude, int32_t base,
+                      int32_t width, MChar fill) noexcept {
+  MChar digits[kMaximumDigits];
+  MChar* const digitsEnd = digits + kMaximumDigits;
+  const MChar* const first =
+      base < 2 || base == 10 || base > 16
+          ? WriteDigits(digitsEnd, magnitude,
+                        std::integral_constant<uint32_t, 10>())  // division by a constant
+          : WriteDigits(digitsEnd, magnitude, static_cast<uint32_t>(base));
+  MChar* end = text;
+  if (sign != 0) *end++ = sign;
+  end = std::fill_n(end, std::min(width, kMaximumDigits) - (digitsEnd - first), fill);
+  end = std::copy(first, static_cast<const MChar*>(digitsEnd), end);
+  return static_cast<int32_t>(end - text);
 }
 
-int32_t MWriteDouble(char (&text)[kDoubleTextSize], double value, int32_t precision) noexcept {
-  const auto result = std::to_chars(text, text + kDoubleTextSize - 1, value, std::chars_format::fixed,
+int32_t MWriteDouble(char (&text)[kDoubleTextSize], double value, int32_t precision, bool plus) noexcept {
+  char* start = text;
+  if (plus && value >= 0) *start++ = '+';
+  const auto result = std::to_chars(start, text + kDoubleTextSize, value, std::chars_format::fixed,
                                     std::clamp(precision, 0, 99));
-  *result.ptr = 0;
   return static_cast<int32_t>(result.ptr - text);
 }

@@ -69,7 +69,9 @@ class MString {
   const char* Narrow() const noexcept { return static_cast<const char*>(chars_); }
   const MChar* Units() const noexcept { return static_cast<const MChar*>(chars_); }
 
+  // A character of either mode as a unit.
   static constexpr MChar Widen(char c) noexcept { return static_cast<MChar>(static_cast<signed char>(c)); }
+  static constexpr MChar Widen(MChar c) noexcept { return c; }
 
   // Calls `use(pointer, length)` with a pointer to 8-bit or to 16-bit characters, for loops over the whole
   // text.
@@ -86,13 +88,23 @@ class MString {
 
   void Append(const MString& text);
   void Append(const char* text);  // zero-terminated; null adds nothing
-  void Append(MChar character);
+  void Append(MChar character) {
+    int32_t length = length_;  // kept in a register, since the test of the count orders all reads behind it
+    if (!HasRoom(length, 1)) {
+      ReserveMore(1);
+      length = length_;
+    }
+    Units()[length] = character;
+    Units()[length + 1] = 0;
+    length_ = length + 1;
+  }
   void AppendUnits(const MChar* units, int32_t count);
   void AppendNarrow(const char* text, int32_t count);
   void AppendRepeated(MChar character, int32_t count);
   // Position is limited to the text.
   void Insert(int32_t position, MChar character);
   void Insert(int32_t position, const MString& text);
+  void InsertUnits(int32_t position, const MChar* units, int32_t count);
   void InsertNarrow(int32_t position, const char* text, int32_t count);
 
   // First index at or after `start`, or -1.
@@ -151,15 +163,22 @@ class MString {
     if (std::atomic_ref<int32_t>(GetHead()->references).fetch_sub(1, std::memory_order_acq_rel) == 1)
       MRelease(GetHead());
   }
-  void Adopt(MChar* units) noexcept {
-    chars_ = units;
-    flags_ &= ~kLiteral;
+  bool IsShared() const noexcept {
+    return std::atomic_ref<int32_t>(GetHead()->references).load(std::memory_order_acquire) > 1;
   }
-  static MChar* NewBlock(int32_t count);
+  static MString NewBlock(int32_t count);
+  template <typename Unit>
+  static MString Make(const Unit* units, std::size_t length);
+  // Room for `length` and `count` more units, a terminator and the head in a block of this text alone.
+  bool HasRoom(int32_t length, int32_t count) const noexcept {
+    return !IsLiteral() && !IsShared() && GetHead()->capacity >= 2 * (int64_t{length} + count + 1) + 8;
+  }
   void ReserveMore(int32_t count);
-  MChar* OpenGap(int32_t position, int32_t count);
+  MString HoldIfOwn(const void* units) const noexcept;
   template <typename Unit>
   void AppendAny(const Unit* units, int32_t count);
+  template <typename Unit>
+  void InsertAny(int32_t position, const Unit* units, int32_t count);
 
   const void* chars_;
   int32_t length_;

@@ -1,5 +1,4 @@
 #include <cstdarg>
-#include <cstring>
 
 #include "core/MNumberText.h"
 #include "core/MString.h"
@@ -22,40 +21,37 @@ int64_t MString::ToInteger(int32_t base, int32_t* consumed, int32_t start) const
 
 double MString::ToDouble() const {
   if (IsLiteral()) return MReadDouble(Narrow());
-  const auto narrow = [this](char* target, int32_t count) {
-    for (int32_t i = 0; i < count; ++i) {
-      const MChar c = Units()[i];
-      target[i] = c < 128 ? static_cast<char>(c) : '?';  // no number holds it: the reader stops there
-    }
-    target[count] = 0;
-    return MReadDouble(target);
-  };
-  char local[kDoubleTextSize];
-  if (length_ < kDoubleTextSize) return narrow(local, length_);
-  MBytes bytes(MDataBlock::Make(length_ + 1));
-  return narrow(const_cast<char*>(bytes.GetText()), length_);
+  if (length_ >= kDoubleTextSize) return MReadDouble(EncodeNarrow(*this).GetText());
+  char text[kDoubleTextSize];
+  int32_t end = 0;
+  for (; end < length_ && Units()[end] < 128; ++end) text[end] = static_cast<char>(Units()[end]);
+  text[end] = 0;
+  return MReadDouble(text);
 }
 
 MString MString::FromInteger(int64_t value, int32_t base, int32_t width, MChar fill) {
-  char text[kIntegerTextSize];
-  return FromNarrow(text, MWriteInteger(text, value, base, width, static_cast<char>(fill)));
+  MChar text[kIntegerTextSize];
+  const MChar sign = value < 0 ? u'-' : MChar(0);
+  const int32_t length = MWriteInteger(text, sign, MMagnitude(value), base, width, fill);
+  return MString(std::u16string_view(text, static_cast<std::size_t>(length)));
 }
 
 MString MString::FromUnsigned(uint64_t value, int32_t base, int32_t width, MChar fill) {
-  char text[kIntegerTextSize];
-  return FromNarrow(text, MWriteUnsigned(text, value, base, width, static_cast<char>(fill)));
+  MChar text[kIntegerTextSize];
+  const int32_t length = MWriteInteger(text, 0, value, base, width, fill);
+  return MString(std::u16string_view(text, static_cast<std::size_t>(length)));
 }
 
 MString MString::FromDouble(double value, int32_t precision) {
   char text[kDoubleTextSize];
-  return FromNarrow(text, MWriteDouble(text, value, precision));
+  return FromNarrow(text, MWriteDouble(text, value, precision, false));
 }
 
 MString MString::Printf(const char* format, ...) {
   char text[8191];
   std::va_list arguments;
   va_start(arguments, format);
-  const int32_t length = MPrintText(text, sizeof text, format, arguments);
+  if (MPrintText(text, sizeof text, format, arguments) < 0) text[0] = 0;
   va_end(arguments);
-  return length > 0 ? FromNarrow(text) : MString();
+  return FromNarrow(text);
 }
