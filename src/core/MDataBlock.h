@@ -5,11 +5,15 @@
 
 #include "core/MMemory.h"
 
+class MString;
+
 // Made apart from its bytes. The count is changed atomically, so holders may live on several threads.
 struct MDataBlock {
   M_LIBRARY_MEMORY
 
-  static constexpr uint32_t kUnowned = 1;  // flag: the bytes belong to somebody else
+  // Flags.
+  static constexpr uint32_t kUnowned = 1;  // the bytes belong to somebody else
+  static constexpr uint32_t kText = 2;     // made by Share
 
   int32_t references = 1;
   uint8_t* data = nullptr;
@@ -18,6 +22,8 @@ struct MDataBlock {
 
   // An owned block of `size` bytes with undefined content; a size below 1 has no bytes.
   static MDataBlock* Make(int32_t size);
+  // A block on the first `size` bytes of the units of a text in buffer mode, which it shares.
+  static MDataBlock* Share(const MString& text, int32_t size);
 
   bool IsOwned() const noexcept { return (flags & kUnowned) == 0; }
   bool IsShared() const noexcept {

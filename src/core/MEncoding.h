@@ -103,6 +103,7 @@ class UTF16Codec final : public Codec {
   static const UTF16Codec& Get() noexcept;
 
   MString GetName() const override;
+  // The bytes of a text in buffer mode are its own units, shared.
   MBytes Encode(const MString& text, bool terminate) const override;
   // Raises "Invalid UTF8 header." unless the next two bytes are FF FE; fewer raise as
   // MStream::ThrowShortRead.

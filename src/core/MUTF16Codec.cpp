@@ -39,6 +39,9 @@ MBytes UTF16Codec::Encode(const MString& text, bool terminate) const {
   const int32_t zero = terminate ? 1 : 0;
   const int64_t size = (int64_t{text.GetLength()} + zero) * 2;
   if (size > MString::kWhole) MThrowOutOfMemory();
+  // A text's own units have a zero behind them already.
+  if (std::endian::native == std::endian::little && !text.IsLiteral())
+    return MBytes(MDataBlock::Share(text, static_cast<int32_t>(size)));
   MDataBlock* const block = MDataBlock::Make(static_cast<int32_t>(size));
   uint8_t* const end = EncodeTo(text, block->data);
   if (terminate) Put(end, 0);
