@@ -309,6 +309,7 @@ TEST(MAudioEffectPlugin, ChannelsThatAnEffectDoesNotServeAreCopied) {
   EXPECT_EQ(out[1][1], 4);
   EXPECT_EQ(in[2][1], 6);
   FourSamples::CopyChannels(from, to, 0, 1, 0);
+  FourSamples::CopyChannels(from, to, 0, 1, -1);
   FourSamples::CopyChannels(from, to, 3, 2, 2);
   EXPECT_EQ(out[0][0], 0);
 }
