@@ -97,7 +97,6 @@ void MFileStream::Seek(int64_t offset, MSeekOrigin origin) {
   if (index >= std::size(kOrigins)) ThrowInvalidOrigin();
   FlushWritten();
   if (fseeko(input_, offset, kOrigins[index]) != 0) ThrowSeekError();
-  last_ = Transfer::kNone;
 }
 
 int64_t MFileStream::GetPosition() {
@@ -126,7 +125,6 @@ int64_t MFileStream::GetSize() {
   FlushWritten();
   const int64_t size = MeasureSize(input_);
   if (size < 0) ThrowSeekError();
-  last_ = Transfer::kNone;
   return size;
 }
 

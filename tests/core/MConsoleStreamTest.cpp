@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -118,18 +119,20 @@ TEST_F(MConsoleStreamTest, LongLinesComeInPieces) {
 }
 
 TEST_F(MConsoleStreamTest, ReadingAndWritingDoNotDisturbEachOther) {
-  WithInput("abcdef", [this] {
-    std::string first, second;
-    EXPECT_EQ(OutputOf([&] {
-                MConsoleStream console;
-                first = Take(console, 2);
-                Put(console, "x");
-                second = Take(console, 2);
-                Put(console, "y");
-              }),
-              "xy");
-    EXPECT_EQ(first + second, "abcd");
-  });
+  const std::string pipe = folder.Path("pipe");  // cannot be sought
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const Redirection input(stdin, pipe, O_RDWR);
+  ASSERT_EQ(write(STDIN_FILENO, "abcd", 4), 4);
+  std::string first, second;
+  EXPECT_EQ(OutputOf([&] {
+              MConsoleStream console;
+              first = Take(console, 2);
+              Put(console, "x");
+              second = Take(console, 2);
+              Put(console, "y");
+            }),
+            "xy");
+  EXPECT_EQ(first + second, "abcd");
 }
 
 TEST_F(MConsoleStreamTest, StreamsCanBeCopiedThroughIt) {
