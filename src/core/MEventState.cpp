@@ -13,6 +13,10 @@ constinit MEventState* firstQueued = nullptr;
 
 }  // namespace
 
+void MEventState::Drop(MEventState* state) noexcept {
+  if (state->references_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete state;
+}
+
 uint64_t MEventState::Subscribe(MEventTarget* subscriber, MWord extra, MEventFunction callback) {
   const MLocker lock(MGetEventLock());
   if (!event_ || !subscriber || !callback) return 0;
