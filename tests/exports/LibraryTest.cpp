@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <set>
 
 #include "core/MFormat.h"
 #include "tests/common/TemporaryFolder.h"
@@ -27,12 +28,35 @@ TEST(Library, MakesRunsAndDestroysEveryPluginOfItsTable) {
     SCOPED_TRACE(row.name);
     LoadedPlugin plugin(library, row.GetExport());
     EXPECT_EQ(plugin.Call(7), -1);
-    EXPECT_EQ(plugin.GetBlock().hostFlag1, 1);
     if (row.kind != "AudioEffect") continue;
     EXPECT_EQ(plugin.Call(MService::kPrepare, 1, 44100), 0);
     std::vector<float> block(100, 0.25f);
     plugin.Process(block);
     EXPECT_EQ(plugin.Call(MService::kSkip, 10), 0);
+  }
+}
+
+TEST(Library, FlagsOfItsPluginsAreThoseThatHostsKnow) {
+  const std::set<std::string> flagged = {"Playbox",  "Layerbox", "Widenor",    "Roamplex", "Swirlo",
+                                         "Pulsetta", "Quaverly", "Slidebench", "Imprinta", "Lumascope",
+                                         "Bendform", "Clampet",  "Squeezel"};
+  const LoadedLibrary library;
+  for (const PluginName& row : kPluginNames) {
+    LoadedPlugin plugin(library, row.GetExport());
+    EXPECT_EQ(plugin.GetBlock().hostFlag0, 0) << row.name;
+    EXPECT_EQ(plugin.GetBlock().hostFlag1, 1) << row.name;
+    EXPECT_EQ(plugin.GetBlock().pluginFlag, flagged.count(row.name)) << row.name;
+  }
+}
+
+TEST(Library, OnlyQuaverlyAndSlidebenchDelayTheirSignal) {
+  const LoadedLibrary library;
+  for (const PluginName& row : kPluginNames) {
+    if (row.kind != "AudioEffect") continue;
+    LoadedPlugin plugin(library, row.GetExport());
+    plugin.Call(MService::kPrepare, 2, 44100);
+    const bool delays = row.name == "Quaverly" || row.name == "Slidebench";
+    EXPECT_EQ(plugin.Call(MService::kGetLatency) > 0, delays) << row.name;
   }
 }
 
