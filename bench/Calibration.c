@@ -1,3 +1,5 @@
 #include "calib.h"
 
-double CalibrationNanoseconds(void) { return calib_run(2000000); }
+double CalibrationNanoseconds(void) {
+  return calib_run(2000000);
+}
