@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 #include <vector>
 
 #include "core/MAudioBuffer.h"
+#include "tests/common/TestRandom.h"
 
 namespace {
 
@@ -67,21 +67,7 @@ void ExpectEqual(const MAudioBuffer& buffer, const Model& model) {
   }
 }
 
-class Random {
- public:
-  explicit Random(uint32_t seed) : engine_(seed) {}
-  int32_t Integer(int32_t low, int32_t high) {
-    return std::uniform_int_distribution<int32_t>(low, high)(engine_);
-  }
-  int32_t Below(int32_t count) { return Integer(0, count - 1); }
-  bool OneIn(int32_t count) { return Below(count) == 0; }
-  double Real(double low, double high) { return std::uniform_real_distribution<double>(low, high)(engine_); }
-
- private:
-  std::mt19937 engine_;
-};
-
-void ChangeSize(Random& random, MAudioBuffer& buffer, Model& model) {
+void ChangeSize(TestRandom& random, MAudioBuffer& buffer, Model& model) {
   switch (random.Below(3)) {
     case 0: {
       const int32_t channels = random.Integer(0, 8), length = random.Integer(0, 70);
@@ -100,7 +86,7 @@ void ChangeSize(Random& random, MAudioBuffer& buffer, Model& model) {
   }
 }
 
-void ChangeSamples(Random& random, MAudioBuffer& buffer, Model& model) {
+void ChangeSamples(TestRandom& random, MAudioBuffer& buffer, Model& model) {
   switch (random.Below(7)) {
     case 0:
       buffer.Clear();
@@ -133,7 +119,7 @@ void ChangeSamples(Random& random, MAudioBuffer& buffer, Model& model) {
 class MAudioBufferRandom : public testing::TestWithParam<uint32_t> {};
 
 TEST_P(MAudioBufferRandom, AnySequenceOfOperationsEqualsPlainVectors) {
-  Random random(GetParam());
+  TestRandom random(GetParam());
   MAudioBuffer buffer;
   Model model;
   for (int32_t step = 0; step < 400; ++step) {
