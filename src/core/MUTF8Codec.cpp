@@ -75,7 +75,7 @@ bool DecodeOne(const uint8_t*& in, const uint8_t* end, bool isLast, MChar*& out,
     }
     codePoint = codePoint << 6 | (in[i] & 0x3Fu);
   }
-  if (codePoint > 0xFFFF && limit - out < 2) return false;
+  if (codePoint > 0xFFFF && codePoint <= kLastCodePoint && limit - out < 2) return false;
   out = PutUnits(out, codePoint);
   in += tails + 1;
   return true;

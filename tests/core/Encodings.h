@@ -1,10 +1,14 @@
 #pragma once
 // Bytes and units in tests of the encodings, and UTF-8 coders straight from its rules.
 
+#include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/MEncoding.h"
+#include "tests/common/TestRandom.h"
+#include "tests/core/StreamDoubles.h"
 
 inline std::string Bytes(const MBytes& bytes) {
   return std::string(bytes.GetText(), static_cast<std::size_t>(bytes.GetSize()));
@@ -93,3 +97,24 @@ inline std::string PlainEncode(const std::u16string& units) {
   }
   return bytes;
 }
+
+// Bytes of the units in UTF-8 if nothing is lost. Surrogates without a partner are, and some code points
+// become raw bytes; then the encoded text is shorter.
+inline std::size_t FullSize(const std::u16string& units) {
+  std::size_t size = 0;
+  for (const char16_t unit : units)
+    size += unit < 0x80 ? 1 : unit < 0x800 || (unit & 0xF800) == 0xD800 ? 2 : 3;
+  return size;
+}
+
+// A stream that gives little at a time.
+class TricklingStream : public ForwardStream {
+ public:
+  TricklingStream(std::string bytes, TestRandom& random) : ForwardStream(std::move(bytes)), random_(random) {}
+  int32_t Read(void* bytes, int32_t count) override {
+    return ForwardStream::Read(bytes, std::min(count, random_.Integer(1, 3000)));
+  }
+
+ private:
+  TestRandom& random_;
+};

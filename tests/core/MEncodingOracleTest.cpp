@@ -3,10 +3,8 @@
 #include <algorithm>
 
 #include "core/MEncodingReader.h"
-#include "tests/common/TestRandom.h"
 #include "tests/common/Texts.h"
 #include "tests/core/Encodings.h"
-#include "tests/core/StreamDoubles.h"
 
 namespace {
 
@@ -130,18 +128,6 @@ TEST(MEncodingOracle, PiecesOfAnySizeInRoomsOfAnySizeGiveTheWholeText) {
     }
   }
 }
-
-// A stream that gives little at a time.
-class TricklingStream : public ForwardStream {
- public:
-  TricklingStream(std::string bytes, TestRandom& random) : ForwardStream(std::move(bytes)), random_(random) {}
-  int32_t Read(void* bytes, int32_t count) override {
-    return ForwardStream::Read(bytes, std::min(count, random_.Integer(1, 3000)));
-  }
-
- private:
-  TestRandom& random_;
-};
 
 TEST(MEncodingOracle, AReaderGivesTheWholeTextInUnits) {
   TestRandom random;

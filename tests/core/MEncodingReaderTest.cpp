@@ -124,6 +124,17 @@ TEST(MEncodingReader, APairThatIsCutIsGivenBackWhole) {
   EXPECT_EQ(Rest(reader), u"\u00F0\u009F\u008E\u009Bb");
 }
 
+TEST(MEncodingReader, AValueBeyondTheLastCodePointIsOneUnitWhenUnitsAreGivenBack) {
+  ForwardStream stream(
+      "a\xF7\xBF\xBF\xBF"
+      "b");
+  Reader reader(stream, FindCodec("utf-8"));
+  MChar units[8];
+  ASSERT_EQ(reader.ReadUnits(units, 8), 3);
+  reader.SetCodec(FindCodec("ascii"), 1);
+  EXPECT_EQ(Rest(reader), u"b");
+}
+
 TEST(MEncodingReader, OnlyUnitsOfTheLastCallCanBeGivenBack) {
   ForwardStream stream("abcdef\n");
   Reader reader(stream, FindCodec("utf-8"));
