@@ -1,0 +1,95 @@
+#pragma once
+#include "core/MStream.h"
+#include "core/MXMLAttribute.h"
+
+// An element of an XML tree: name, text, attributes, children. It owns its attributes and children. Trees of
+// any depth are read, written and destroyed without recursion.
+//
+// Names are compared as MString::Compare does: without regard to case and diacritics. Attributes are kept,
+// and written to files, in that order. An item is for one thread at a time, for reading too, since two caches
+// hold what the last HasAttribute and HasSubItem found.
+class MXMLItem final {
+ public:
+  M_LIBRARY_MEMORY
+
+  MXMLItem() noexcept = default;
+  explicit MXMLItem(const MString& name) noexcept : name_(name) {}
+  MXMLItem(const MXMLItem&) = delete;
+  MXMLItem& operator=(const MXMLItem&) = delete;
+  ~MXMLItem();
+
+  MXMLItem* GetOwner() const noexcept { return owner_; }  // null in the root
+  MXMLItem* GetNext() const noexcept { return next_; }    // siblings, null at the ends
+  MXMLItem* GetPrevious() const noexcept { return previous_; }
+  int32_t GetDepth() const noexcept { return depth_; }  // 0 in the root
+  const MList<MXMLItem*>& GetChildren() const noexcept { return children_; }
+  const MString& GetName() const noexcept { return name_; }
+  void SetName(const MString& name) noexcept { name_ = name; }
+  const MString& GetText() const noexcept { return text_; }
+  void SetText(const MString& text) noexcept { text_ = text; }
+  // Adds text behind what is there, after a line feed.
+  void AppendText(const MString& text);
+
+  // Sorted by name. Names stay as they are: SetAttribute keeps the order.
+  const MList<MAttribute*>& GetAttributes() const noexcept { return attributes_; }
+  // Replaces the value of the attribute of that name, or adds one.
+  void SetAttribute(const MString& name, const MString& value);
+  MString GetAttribute(const MString& name, const MString& fallback = MString()) const;
+  // Raises "Could not find required attribute ({0})."
+  MString GetRequiredAttribute(const MString& name) const;
+  // Keeps what it finds for CachedAttribute, so that an optional read needs one search. Without a find
+  // CachedAttribute raises "There is no attribute in the cache. Previous call to HasAttribute probably did
+  // not succeed."
+  bool HasAttribute(const MString& name) const noexcept;
+  const MString& CachedAttribute() const;
+  // False if there is none.
+  bool RemoveAttribute(const MString& name);
+
+  // The same for the first child of a name: "There is no subitem in the cache. Previous call to HasSubItem
+  // probably did not succeed."
+  bool HasSubItem(const MString& name) const noexcept;
+  MXMLItem& CachedSubItem() const;
+  // The first child of that name; one is added if there is none.
+  MXMLItem& SubItem(const MString& name);
+  MXMLItem& AddSubItem(const MString& name);
+  // Destroys a child; "Index out of range." if it is none of this item.
+  void RemoveSubItem(MXMLItem& item);
+  // Removes name, text, attributes and children.
+  void Clear() noexcept;
+
+  // Empties the item and reads a file into it (MXMLParser, whose errors these are). A failure leaves what was
+  // read up to there. Raises "The XML does not contain any elements." LoadFile adds the path to the
+  // exception's source; a file that cannot be opened leaves the item as it was.
+  void Load(MStream& stream);
+  void LoadFile(const MString& path);
+  // Writes the item as a file (MXMLWriter) in an encoding of MEncoding::FindCodec. An unknown encoding raises
+  // before anything is written.
+  void Save(MStream& stream, bool compact = false, const MString& encoding = "utf-8") const;
+  void SaveFile(const MString& path, bool compact = false, const MString& encoding = "utf-8") const;
+
+  // Makes the whole of a stream, from its start, the text, in hexadecimal digits.
+  void StoreBinary(MStream& source);
+  // Writes the bytes of such a text to a stream, whose position is then the same as before. A text that is
+  // none raises as MStream::ThrowShortRead, and nothing is written.
+  void LoadBinary(MStream& target) const;
+
+ private:
+  friend class MXMLParser;
+
+  int32_t FindAttribute(const MString& name, bool& isFound) const noexcept;
+  MXMLItem* FindSubItem(const MString& name) const noexcept;
+  void AddLastAttribute(MAttribute& attribute);
+  void TakeAttributes(MList<MAttribute>& attributes);
+  void DestroyChildren() noexcept;
+
+  MXMLItem* owner_ = nullptr;
+  MXMLItem* next_ = nullptr;
+  MXMLItem* previous_ = nullptr;
+  int32_t depth_ = 0;
+  MList<MXMLItem*> children_;
+  MString name_;
+  MString text_;
+  MList<MAttribute*> attributes_;
+  mutable MAttribute* attributeCache_ = nullptr;
+  mutable MXMLItem* itemCache_ = nullptr;
+};

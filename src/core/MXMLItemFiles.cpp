@@ -1,0 +1,60 @@
+#include "core/MFileStream.h"
+#include "core/MHexaStream.h"
+#include "core/MMemoryStream.h"
+#include "core/MStreamTools.h"
+#include "core/MTranslate.h"
+#include "core/MXMLItem.h"
+#include "core/MXMLParser.h"
+#include "core/MXMLWriter.h"
+
+void MXMLItem::Load(MStream& stream) {
+  Clear();
+  MXMLParser(*this).Parse(stream);
+  if (name_.IsEmpty()) throw MException(Translate("The XML does not contain any elements."));
+}
+
+void MXMLItem::LoadFile(const MString& path) {
+  MFileStream file(path, MFileStream::kRead);
+  try {
+    Load(file);
+  } catch (MException& failure) {
+    MString source(path);
+    if (!failure.source.IsEmpty()) {
+      source.Append(", ");
+      source.Append(failure.source);
+    }
+    failure.source = source;
+    throw;
+  }
+}
+
+void MXMLItem::Save(MStream& stream, bool compact, const MString& encoding) const {
+  const MEncoding::Codec& codec = MEncoding::FindCodec(encoding);
+  codec.WriteHeader(stream);
+  MXMLWriter writer(stream, codec, compact);
+  writer.WriteHead(encoding);
+  writer.WriteTree(*this);
+  writer.Flush();
+}
+
+void MXMLItem::SaveFile(const MString& path, bool compact, const MString& encoding) const {
+  MEncoding::FindCodec(encoding);  // before the file is emptied
+  MFileStream file(path, MFileStream::kWrite | MFileStream::kCreate);
+  Save(file, compact, encoding);
+  file.Close();
+}
+
+void MXMLItem::StoreBinary(MStream& source) {
+  text_ = MHexadecimalText(source, true);
+}
+
+void MXMLItem::LoadBinary(MStream& target) const {
+  for (int32_t i = 0; i < text_.GetLength(); ++i)
+    if (MDigitValue(text_.At(i)) < 0) MStream::ThrowShortRead();
+  const MBytes digits = MEncoding::ASCIICodec::Get().Encode(text_, false);
+  MMemoryStream text(digits.GetData(), digits.GetSize());
+  MHexaStream source(&text);
+  const int64_t position = target.GetPosition();
+  MCopyStream(source, target);
+  target.Seek(position, MSeekOrigin::kStart);
+}
