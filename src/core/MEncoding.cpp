@@ -47,7 +47,6 @@ void Codec::ReadHeader(MStream&) const {}
 void Codec::WriteHeader(MStream&) const {}
 
 bool Codec::ReadLine(Reader& reader, MString& line) const {
-  line.Clear();
   std::vector<uint8_t, MAllocator<uint8_t>> gathered;
   bool isFound = false, isEnded = false;
   while (!isEnded) {

@@ -32,7 +32,6 @@ struct TableCodec::Record {
   const MEncodingTable* table = nullptr;
   Entry entries[kUnits] = {};
   int32_t starts[kBuckets + 1] = {};  // of each bucket in the entries
-  int32_t count = 0;                  // of the entries, 0 until they are made
   std::once_flag made;
 
   void MakeIndex() noexcept;
@@ -51,7 +50,6 @@ void TableCodec::Record::MakeIndex() noexcept {
   });
   for (const Entry& entry : entries) ++starts[Bucket(entry.unit) + 1];
   for (int32_t i = 0; i < kBuckets; ++i) starts[i + 1] += starts[i];
-  count = kUnits;
 }
 
 uint8_t TableCodec::Record::Find(MChar unit) const noexcept {

@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "core/MEncoding.h"
+#include "core/MEncodingReader.h"
 #include "tests/common/TestRandom.h"
 #include "tests/core/StreamDoubles.h"
 
@@ -118,3 +118,20 @@ class TricklingStream : public ForwardStream {
  private:
   TestRandom& random_;
 };
+
+// A text from a reader in pieces of any size; now and then some units are given back.
+inline std::u16string ReadInPieces(TricklingStream stream, const MEncoding::Codec& codec,
+                                   TestRandom& random) {
+  MEncoding::Reader reader(stream, codec);
+  std::u16string units;
+  std::vector<MChar> room(static_cast<std::size_t>(random.Integer(2, 1500)));
+  while (const int32_t count = reader.ReadUnits(room.data(), static_cast<int32_t>(room.size()))) {
+    units.append(room.data(), static_cast<std::size_t>(count));
+    int32_t unread = random.Integer(1 - 4 * count, count - 1);
+    if (unread <= 0) continue;
+    if ((room[static_cast<std::size_t>(count - unread)] & 0xFC00) == 0xDC00) ++unread;  // no half pair
+    reader.SetCodec(codec, unread);
+    units.resize(units.size() - static_cast<std::size_t>(unread));
+  }
+  return units;
+}
