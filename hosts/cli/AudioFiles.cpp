@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 #include <utility>
+#include <vector>
 
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/System.h"
@@ -18,6 +19,9 @@ namespace {
 // lies what a header may be wrong about the length of its data.
 constexpr int64_t kExpectedInPlainWav = int64_t{1} << 31;
 constexpr int64_t kMostInPlainWav = (int64_t{1} << 32) - 4096;
+
+// From here on a number of frames stands for none: headers of streams, and libsndfile, give various.
+constexpr sf_count_t kNobodyKnows = sf_count_t{1} << 48;
 
 OutputFile& Output(void* file) {
   return *static_cast<OutputFile*>(file);
@@ -65,7 +69,7 @@ AudioReader::AudioReader(const std::string& path) : path_(path) {
   if (!file) throw Failure(ExitCode::kFile, path + ": " + WhyNotOpened());
   handle_ = std::make_unique<Handle>(file);
   format_ = {info.channels, info.samplerate};
-  if (info.frames < SF_COUNT_MAX) frames_ = info.frames;
+  if (info.frames < kNobodyKnows) frames_ = info.frames;
 }
 
 AudioReader::~AudioReader() = default;
@@ -99,7 +103,7 @@ AudioWriter::AudioWriter(OutputFile& output, const AudioFormat& format, std::opt
   info.format = SF_FORMAT_FLOAT | (isPlain ? SF_FORMAT_WAV : SF_FORMAT_RF64);
   handle_->file = sf_open_virtual(&handle_->io, SFM_WRITE, &info, &output_);
   output_.ThrowIfFailed();
-  if (!handle_->file) throw Failure(ExitCode::kOutput, sf_strerror(nullptr));
+  if (!handle_->file) throw Failure(ExitCode::kOutput, output.GetPath() + ": " + sf_strerror(nullptr));
   sf_command(handle_->file, SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
   sf_command(handle_->file, SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
 }
@@ -109,11 +113,13 @@ AudioWriter::~AudioWriter() = default;
 void AudioWriter::Write(const float* interleaved, int64_t frames) {
   framesLeft_ -= frames;
   if (framesLeft_ < 0)
-    throw Failure(ExitCode::kOutput,
-                  "the input is much longer than its header says, and a WAV file too short");
+    throw Failure(
+        ExitCode::kOutput,
+        output_.GetPath() + ": the input is much longer than its header says, too long for a WAV file");
   const int64_t written = sf_writef_float(handle_->file, interleaved, frames);
   output_.ThrowIfFailed();
-  if (written != frames) throw Failure(ExitCode::kOutput, sf_strerror(handle_->file));
+  if (written != frames)
+    throw Failure(ExitCode::kOutput, output_.GetPath() + ": " + sf_strerror(handle_->file));
 }
 
 void AudioWriter::Close() {
@@ -122,7 +128,7 @@ void AudioWriter::Close() {
   output_.ThrowIfFailed();
 }
 
-// libsndfile puts the peaks, with the time of day, into every RF64 file. The chunk becomes one to skip.
+// libsndfile puts the peaks, with the time of day, into every RF64 file. The chunk becomes one of nothing.
 void AudioWriter::DropPeaks() {
   struct {
     char name[4];
@@ -133,12 +139,15 @@ void AudioWriter::DropPeaks() {
   while (output_.Seek(position, SEEK_SET) == position &&
          output_.Read(&chunk, sizeof chunk) == int64_t{sizeof chunk} &&
          std::memcmp(chunk.name, "data", 4) != 0) {
-    if (std::memcmp(chunk.name, "PEAK", 4) == 0) {
-      output_.Seek(position, SEEK_SET);
-      output_.Write("JUNK", 4);
-    }
     const uint32_t size =
         chunk.size[0] | chunk.size[1] << 8 | chunk.size[2] << 16 | uint32_t{chunk.size[3]} << 24;
+    if (std::memcmp(chunk.name, "PEAK", 4) == 0) {
+      std::memcpy(chunk.name, "JUNK", 4);
+      output_.Seek(position, SEEK_SET);
+      output_.Write(&chunk, sizeof chunk);
+      const std::vector<char> nothing(size);
+      output_.Write(nothing.data(), size);
+    }
     position += int64_t{sizeof chunk} + size + size % 2;
   }
 }

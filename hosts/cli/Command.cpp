@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <new>
+#include <vector>
 
 #include "core/MException.h"
 #include "hosts/bridge/PluginLibrary.h"
@@ -27,9 +28,13 @@ void Print(const std::string& text) {
 // Beside the program as it is built, else where it is installed.
 std::filesystem::path FindLibrary() {
   const std::filesystem::path folder = GetProgramFolder();
-  std::string places;
+  std::vector<std::filesystem::path> files;
   for (const char* const place : {".", SONVELLE_LIBRARY_FOLDER, "../lib/sonvelle"}) {
     const std::filesystem::path file = (folder / place / "Sonvelle.so").lexically_normal();
+    if (std::find(files.begin(), files.end(), file) == files.end()) files.push_back(file);
+  }
+  std::string places;
+  for (const std::filesystem::path& file : files) {
     std::error_code error;
     if (std::filesystem::exists(file, error)) return file;
     places += (places.empty() ? "" : ", ") + file.string();
@@ -73,11 +78,8 @@ void RunWithLibrary(const Arguments& arguments) {
   }
 }
 
-int Report(ExitCode code, std::string line, const std::string& detail) {
-  // File names may hold anything, and the user gets one line.
-  std::replace_if(
-      line.begin(), line.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
-  std::fputs(("sonvelle: " + line + "\n" + (detail.empty() ? "" : detail + "\n")).c_str(), stderr);
+int Report(ExitCode code, const std::string& line, const std::string& detail) {
+  std::fputs(("sonvelle: " + OneLine(line) + "\n" + (detail.empty() ? "" : detail + "\n")).c_str(), stderr);
   return static_cast<int>(code);
 }
 

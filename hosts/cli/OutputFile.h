@@ -22,6 +22,8 @@ class OutputFile {
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
+  const std::string& GetPath() const noexcept { return path_; }
+
   // At the current position, which moves on. Write takes all or, having failed, less.
   int64_t Write(const void* bytes, int64_t count) noexcept;
   int64_t Read(void* bytes, int64_t count) noexcept;

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <cstdio>
 
-#include "core/MException.h"
 #include "hosts/cli/EffectRender.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Progress.h"
 #include "hosts/cli/Settings.h"
 #include "hosts/cli/System.h"
+#include "hosts/cli/Words.h"
 
 namespace cli {
 
@@ -35,7 +35,7 @@ void WarnOf(const EffectRender::Levels& levels, const std::string& path) {
     text = "the output is nothing but silence, but the input is not";
   else
     return;
-  std::fputs(("sonvelle: warning: " + path + ": " + text + "\n").c_str(), stderr);
+  std::fputs(("sonvelle: warning: " + OneLine(path) + ": " + text + "\n").c_str(), stderr);
 }
 
 std::optional<int64_t> Add(std::optional<int64_t> frames, int64_t more) {

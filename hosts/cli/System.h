@@ -18,7 +18,7 @@ bool IsErrorTerminal() noexcept;
 // Why a file cannot be read as far as its folder tells, or nothing.
 std::string WhyUnreadable(const std::string& path);
 
-// The two names lead to one file, also through links.
+// The two names lead to one file, also through links, that cannot be read while it is written.
 bool IsSameFile(const std::string& path, const std::string& other) noexcept;
 
 // The text of an error number.

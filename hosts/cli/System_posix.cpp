@@ -38,8 +38,10 @@ std::string WhyUnreadable(const std::string& path) {
 
 bool IsSameFile(const std::string& path, const std::string& other) noexcept {
   struct stat first, second;
-  return stat(path.c_str(), &first) == 0 && stat(other.c_str(), &second) == 0 &&
-         first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+  if (stat(path.c_str(), &first) != 0 || stat(other.c_str(), &second) != 0) return false;
+  // A terminal or a socket may be read and written at the same time.
+  return first.st_dev == second.st_dev && first.st_ino == second.st_ino && !S_ISCHR(first.st_mode) &&
+         !S_ISSOCK(first.st_mode);
 }
 
 std::string ErrorText(int error) {

@@ -46,9 +46,18 @@ std::optional<double> ParseNumber(std::string_view text) noexcept {
 }
 
 std::string NumberText(double value) {
+  const double magnitude = std::abs(value);
+  const bool isPlain = magnitude == 0 || (magnitude >= 1e-4 && magnitude < 1e15);
   char text[32];
-  const auto [end, error] = std::to_chars(text, text + sizeof text, value);
+  const auto [end, error] = std::to_chars(text, text + sizeof text, value,
+                                          isPlain ? std::chars_format::fixed : std::chars_format::scientific);
   return error == std::errc() ? std::string(text, end) : std::string();
+}
+
+std::string OneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');
+  return text;
 }
 
 std::string_view NearestName(std::span<const std::string_view> names, std::string_view name) {
