@@ -36,10 +36,9 @@ struct MFormat::State {
   int32_t CopyPlain(const MString& format, int32_t start);
   int32_t ScanArgument(const MString& format, int32_t i);
   void SetPosition(int32_t index);
-  Argument* Next() noexcept;
   template <typename InsertText>
-  void Place(const Argument& argument, InsertText&& insert);
-  void PlaceInteger(const Argument& argument, MChar sign, uint64_t magnitude);
+  void PlaceNext(InsertText&& insert);
+  void InsertInteger(const Argument& argument, int32_t position, MChar sign, uint64_t magnitude);
 };
 
 void MFormat::State::Scan(const MString& format) {
@@ -122,32 +121,31 @@ int32_t MFormat::State::ScanArgument(const MString& format, int32_t i) {
   }
 }
 
-// The entry of the next argument, or null when the text has no place for it.
-Argument* MFormat::State::Next() noexcept {
-  const int32_t index = nextArgument;
-  if (index >= kMaximumArguments) return nullptr;
-  ++nextArgument;
-  return arguments[index].position < 0 ? nullptr : &arguments[index];
-}
-
+// Calls insert(argument, position) for the next argument if the text names it, and moves those behind it on.
 template <typename InsertText>
-void MFormat::State::Place(const Argument& argument, InsertText&& insert) {
-  const int32_t before = text.GetLength();
-  insert(std::min(argument.position, before));
-  const int32_t inserted = text.GetLength() - before;
-  for (int32_t k = nextArgument; k < argumentCount; ++k) {
-    Argument& later = arguments[k];
-    if (later.position > argument.position ||
-        (later.position == argument.position && later.order > argument.order))
-      later.position += inserted;
+void MFormat::State::PlaceNext(InsertText&& insert) {
+  if (nextArgument >= kMaximumArguments) return;
+  const Argument& argument = arguments[nextArgument];
+  if (argument.position >= 0) {
+    const int32_t before = text.GetLength();
+    insert(argument, std::min(argument.position, before));
+    const int32_t inserted = text.GetLength() - before;
+    for (int32_t k = nextArgument + 1; k < argumentCount; ++k) {
+      Argument& later = arguments[k];
+      if (later.position > argument.position ||
+          (later.position == argument.position && later.order > argument.order))
+        later.position += inserted;
+    }
   }
+  ++nextArgument;
 }
 
-void MFormat::State::PlaceInteger(const Argument& argument, MChar sign, uint64_t magnitude) {
+void MFormat::State::InsertInteger(const Argument& argument, int32_t position, MChar sign,
+                                   uint64_t magnitude) {
   MChar digits[kIntegerTextSize];
   const int32_t base = argument.flags & kHexadecimal ? 16 : 10;
   const int32_t length = MWriteInteger(digits, sign, magnitude, base, argument.width, argument.fill);
-  Place(argument, [&](int32_t position) { text.InsertUnits(position, digits, length); });
+  text.InsertUnits(position, digits, length);
 }
 
 MFormat::MFormat(const MString& format) : state_(new State) {
@@ -179,8 +177,7 @@ void MFormat::Drop(State* state) noexcept {
 }
 
 MFormat& MFormat::Arg(const MString& text) {
-  if (const Argument* const argument = state_->Next())
-    state_->Place(*argument, [&](int32_t position) { state_->text.Insert(position, text); });
+  state_->PlaceNext([&](const Argument&, int32_t position) { state_->text.Insert(position, text); });
   return *this;
 }
 
@@ -189,26 +186,27 @@ MFormat& MFormat::Arg(const char* text) {
 }
 
 MFormat& MFormat::Arg(int64_t value) {
-  if (const Argument* const argument = state_->Next()) {
-    const MChar plus = argument->flags & kShowPlus ? u'+' : MChar(0);
-    state_->PlaceInteger(*argument, value < 0 ? u'-' : plus, MMagnitude(value));
-  }
+  state_->PlaceNext([&](const Argument& argument, int32_t position) {
+    const MChar plus = argument.flags & kShowPlus ? u'+' : MChar(0);
+    state_->InsertInteger(argument, position, value < 0 ? u'-' : plus, MMagnitude(value));
+  });
   return *this;
 }
 
 MFormat& MFormat::Arg(uint64_t value) {
-  if (const Argument* const argument = state_->Next())
-    state_->PlaceInteger(*argument, argument->flags & kShowPlus ? u'+' : MChar(0), value);
+  state_->PlaceNext([&](const Argument& argument, int32_t position) {
+    state_->InsertInteger(argument, position, argument.flags & kShowPlus ? u'+' : MChar(0), value);
+  });
   return *this;
 }
 
 MFormat& MFormat::Arg(double value) {
-  if (const Argument* const argument = state_->Next()) {
+  state_->PlaceNext([&](const Argument& argument, int32_t position) {
     char digits[kDoubleTextSize];
-    const int32_t length =
-        MWriteDouble(digits, value, argument->precision, (argument->flags & kShowPlus) != 0);
-    state_->Place(*argument, [&](int32_t position) { state_->text.InsertNarrow(position, digits, length); });
-  }
+    const bool plus = (argument.flags & kShowPlus) != 0;
+    const int32_t length = MWriteDouble(digits, value, argument.precision, plus);
+    state_->text.InsertNarrow(position, digits, length);
+  });
   return *this;
 }
 

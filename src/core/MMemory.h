@@ -37,20 +37,21 @@ void MRelease(void* block);
 
 [[noreturn]] void MThrowOutOfMemory();
 
-// Gives a class or plain record `new` and `delete` on the table. What would go past it or get too small an
+// Gives a class or plain record `new` and `delete` on the table. What would go past it or would not get its
 // alignment does not compile: arrays (a container with MAllocator holds them) and types aligned to more than
 // max_align_t.
-#define M_LIBRARY_MEMORY                                             \
-  static void* operator new(std::size_t size) {                      \
-    return MAllocate(size);                                          \
-  }                                                                  \
-  static void* operator new(std::size_t, std::align_val_t) = delete; \
-  static void* operator new[](std::size_t) = delete;                 \
-  static void* operator new(std::size_t, void* place) noexcept {     \
-    return place;                                                    \
-  }                                                                  \
-  static void operator delete(void* block) noexcept {                \
-    MRelease(block);                                                 \
+#define M_LIBRARY_MEMORY                                                                              \
+  static void* operator new(std::size_t size) {                                                       \
+    return MAllocate(size);                                                                           \
+  }                                                                                                   \
+  [[gnu::error("the allocator table has no blocks of such an alignment")]] static void* operator new( \
+      std::size_t size, std::align_val_t);                                                            \
+  static void* operator new[](std::size_t) = delete;                                                  \
+  static void* operator new(std::size_t, void* place) noexcept {                                      \
+    return place;                                                                                     \
+  }                                                                                                   \
+  static void operator delete(void* block) noexcept {                                                 \
+    MRelease(block);                                                                                  \
   }
 
 // Puts a standard container on the table. A failure is an MException, never std::bad_alloc.

@@ -46,8 +46,8 @@ MString MString::Make(const Unit* units, std::size_t length) {
   if (length >= static_cast<std::size_t>(kMaximumUnits)) MThrowOutOfMemory();
   const int32_t count = static_cast<int32_t>(length);
   MString text = NewBlock(count + 1);
-  Copy(text.Units(), units, count);
-  text.Units()[count] = 0;
+  Copy(text.Writable(), units, count);
+  text.Writable()[count] = 0;
   text.length_ = count;
   return text;
 }
@@ -90,15 +90,15 @@ void MString::Reserve(int32_t count) {
     const int32_t kept =
         static_cast<int32_t>(std::min(std::strlen(Narrow()), static_cast<std::size_t>(count) - 1));
     MString own = NewBlock(count);
-    Copy(own.Units(), Narrow(), kept);
-    own.Units()[kept] = 0;
+    Copy(own.Writable(), Narrow(), kept);
+    own.Writable()[kept] = 0;
     own.length_ = std::clamp(length_, 0, kept);
     *this = std::move(own);
   } else if (IsShared()) {
     const int32_t kept = std::min(length_, count - 1);
     MString own = NewBlock(count);
-    Copy(own.Units(), Units(), kept);
-    own.Units()[kept] = 0;
+    Copy(own.Writable(), Units(), kept);
+    own.Writable()[kept] = 0;
     own.length_ = kept;
     *this = std::move(own);
   } else if (static_cast<std::size_t>(GetHead()->capacity) < BlockSize(count)) {
@@ -127,7 +127,7 @@ inline void MString::AppendAny(const Unit* source, int32_t count) {
   if (count < 1) return;
   const MString held = HoldIfOwn(source);
   if (!HasRoom(length_, count)) ReserveMore(count);
-  MChar* const units = Units();
+  MChar* const units = Writable();
   Copy(units + length_, source, count);
   length_ += count;
   units[length_] = 0;
@@ -152,9 +152,9 @@ void MString::AppendNarrow(const char* text, int32_t count) {
 void MString::AppendRepeated(MChar character, int32_t count) {
   if (count < 1) return;
   if (!HasRoom(length_, count)) ReserveMore(count);
-  std::fill_n(Units() + length_, count, character);
+  std::fill_n(Writable() + length_, count, character);
   length_ += count;
-  Units()[length_] = 0;
+  Writable()[length_] = 0;
 }
 
 // Puts units in at `position`, limited to the text.
@@ -163,8 +163,8 @@ void MString::InsertAny(int32_t position, const Unit* source, int32_t count) {
   if (count < 1) return;
   const MString held = HoldIfOwn(source);
   if (!HasRoom(length_, count)) ReserveMore(count);
-  MChar* const gap = Units() + std::clamp(position, 0, length_);
-  std::copy_backward(gap, Units() + length_ + 1, Units() + length_ + 1 + count);
+  MChar* const gap = Writable() + std::clamp(position, 0, length_);
+  std::copy_backward(gap, Writable() + length_ + 1, Writable() + length_ + 1 + count);
   Copy(gap, source, count);
   length_ += count;
 }

@@ -94,8 +94,8 @@ class MString {
       ReserveMore(1);
       length = length_;
     }
-    Units()[length] = character;
-    Units()[length + 1] = 0;
+    Writable()[length] = character;
+    Writable()[length + 1] = 0;
     length_ = length + 1;
   }
   void AppendUnits(const MChar* units, int32_t count);
@@ -154,7 +154,7 @@ class MString {
   constexpr MString(const char* literal, int32_t length) noexcept
       : chars_(literal), length_(length), flags_(kLiteral) {}
 
-  MChar* Units() noexcept { return static_cast<MChar*>(const_cast<void*>(chars_)); }
+  MChar* Writable() noexcept { return static_cast<MChar*>(const_cast<void*>(chars_)); }
   Head* GetHead() const noexcept { return reinterpret_cast<Head*>(const_cast<void*>(chars_)) - 1; }
   void Retain() const noexcept {
     std::atomic_ref<int32_t>(GetHead()->references).fetch_add(1, std::memory_order_relaxed);
