@@ -28,7 +28,7 @@ void TryToReport(const Caught&... caught) noexcept {
 }  // namespace
 
 // The unwinding has no object, which the sanitizer takes for a reference to null.
-[[gnu::no_sanitize("null")]] bool MRunGuarded(const char* location, void (*call)(void*), void* body) {
+__attribute__((no_sanitize("null"))) bool MRunGuarded(const char* location, void (*call)(void*), void* body) {
   try {
     call(body);
     return true;

@@ -72,8 +72,8 @@ class MThread : public MObject {
   virtual uint32_t Run();
   // Is called on the thread after Run. By default nothing.
   virtual void Finished();
-  // Is called by all that stop the thread, on their thread: wakes what Run waits for, and uses no thread
-  // object but this one's flag. By default nothing.
+  // Is called by all that stop the thread, on their thread: wakes what Run waits for, say by a semaphore. It
+  // calls no operation of a thread and takes no lock under which one is called. By default nothing.
   virtual void WakeUp() noexcept;
 
  private:
