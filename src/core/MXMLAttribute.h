@@ -3,8 +3,6 @@
 
 // One attribute of an element.
 struct MAttribute {
-  M_LIBRARY_MEMORY
-
   MString name;
   MString value;
 };

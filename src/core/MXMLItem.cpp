@@ -34,10 +34,10 @@ void MXMLItem::AppendText(const MString& text) {
 
 // The index of the attribute, or of the place where it belongs.
 int32_t MXMLItem::FindAttribute(const MString& name, bool& isFound) const noexcept {
-  MAttribute* const* const found =
+  const MAttribute* const found =
       std::lower_bound(attributes_.begin(), attributes_.end(), name,
-                       [](const MAttribute* a, const MString& b) { return a->name.Compare(b) < 0; });
-  isFound = found != attributes_.end() && (*found)->name.Compare(name) == 0;
+                       [](const MAttribute& a, const MString& b) { return a.name.Compare(b) < 0; });
+  isFound = found != attributes_.end() && found->name.Compare(name) == 0;
   return static_cast<int32_t>(found - attributes_.begin());
 }
 
@@ -45,18 +45,17 @@ void MXMLItem::SetAttribute(const MString& name, const MString& value) {
   bool isFound;
   const int32_t index = FindAttribute(name, isFound);
   if (isFound) {
-    attributes_[index]->value = value;
+    attributes_[index].value = value;
   } else {
-    std::unique_ptr<MAttribute> attribute(new MAttribute{name, value});
-    attributes_.Insert(index, attribute.get());
-    attribute.release();
+    attributes_.Insert(index, {name, value});
+    if (attributeCache_ >= index) ++attributeCache_;
   }
 }
 
 MString MXMLItem::GetAttribute(const MString& name, const MString& fallback) const {
   bool isFound;
   const int32_t index = FindAttribute(name, isFound);
-  return isFound ? attributes_[index]->value : fallback;
+  return isFound ? attributes_[index].value : fallback;
 }
 
 MString MXMLItem::GetRequiredAttribute(const MString& name) const {
@@ -64,57 +63,53 @@ MString MXMLItem::GetRequiredAttribute(const MString& name) const {
   const int32_t index = FindAttribute(name, isFound);
   if (!isFound)
     throw MException(Format(Translate("Could not find required attribute ({0}).")).Arg(name).Text());
-  return attributes_[index]->value;
+  return attributes_[index].value;
 }
 
 bool MXMLItem::HasAttribute(const MString& name) const noexcept {
   bool isFound;
   const int32_t index = FindAttribute(name, isFound);
-  attributeCache_ = isFound ? attributes_.begin()[index] : nullptr;
+  attributeCache_ = isFound ? index : -1;
   return isFound;
 }
 
 const MString& MXMLItem::CachedAttribute() const {
-  if (!attributeCache_)
+  if (attributeCache_ < 0)
     throw MException(
         "There is no attribute in the cache. Previous call to HasAttribute probably did not succeed.");
-  return attributeCache_->value;
+  return attributes_[attributeCache_].value;
 }
 
 bool MXMLItem::RemoveAttribute(const MString& name) {
   bool isFound;
   const int32_t index = FindAttribute(name, isFound);
   if (!isFound) return false;
-  attributeCache_ = nullptr;
-  delete attributes_[index];
+  attributeCache_ = -1;
   attributes_.Remove(index);
   return true;
 }
 
-// Adds an attribute whose name is not before that of the last one, and takes its contents.
-void MXMLItem::AddLastAttribute(MAttribute& attribute) {
-  MAttribute* const last = attributes_.IsEmpty() ? nullptr : attributes_.end()[-1];
-  if (last && last->name.Compare(attribute.name) == 0) {
-    last->value = std::move(attribute.value);
-    return;
-  }
-  std::unique_ptr<MAttribute> own(new MAttribute(std::move(attribute)));
-  attributes_.Add(own.get());
-  own.release();
-}
-
-// Moves attributes in document order into an item that has none.
+// Moves attributes in document order into an item that has none. Of equal names the first name and the last
+// value stay.
 void MXMLItem::TakeAttributes(MList<MAttribute>& attributes) {
-  const auto isBefore = [](const MAttribute& a, const MAttribute& b) { return a.name.Compare(b.name) < 0; };
-  if (std::is_sorted(attributes.begin(), attributes.end(), isBefore)) {
-    for (MAttribute& attribute : attributes) AddLastAttribute(attribute);
+  const auto isNotBefore = [](const MAttribute& a, const MAttribute& b) {
+    return a.name.Compare(b.name) >= 0;
+  };
+  if (std::adjacent_find(attributes.begin(), attributes.end(), isNotBefore) == attributes.end()) {
+    attributes_.Swap(attributes);
     return;
   }
   // Not one by one to their places, which would take a time quadratic in their number.
   MList<MAttribute*> sorted;
   for (MAttribute& attribute : attributes) sorted.Add(&attribute);
   std::sort(sorted.begin(), sorted.end(), StandsBefore);
-  for (MAttribute* const attribute : sorted) AddLastAttribute(*attribute);
+  for (MAttribute* const attribute : sorted) {
+    MAttribute* const last = attributes_.IsEmpty() ? nullptr : attributes_.end() - 1;
+    if (last && last->name.Compare(attribute->name) == 0)
+      last->value = std::move(attribute->value);
+    else
+      attributes_.Add(std::move(*attribute));
+  }
 }
 
 MXMLItem* MXMLItem::FindSubItem(const MString& name) const noexcept {
@@ -164,10 +159,9 @@ void MXMLItem::RemoveSubItem(MXMLItem& item) {
 }
 
 void MXMLItem::Clear() noexcept {
-  attributeCache_ = nullptr;
+  attributeCache_ = -1;
   itemCache_ = nullptr;
-  for (MAttribute* const attribute : attributes_) delete attribute;
-  attributes_ = MList<MAttribute*>();
+  attributes_ = MList<MAttribute>();
   DestroyChildren();
   children_ = MList<MXMLItem*>();
   name_.Clear();

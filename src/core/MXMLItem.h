@@ -30,8 +30,8 @@ class MXMLItem final {
   // Adds text behind what is there, after a line feed.
   void AppendText(const MString& text);
 
-  // Sorted by name. Names stay as they are: SetAttribute keeps the order.
-  const MList<MAttribute*>& GetAttributes() const noexcept { return attributes_; }
+  // Sorted by name.
+  const MList<MAttribute>& GetAttributes() const noexcept { return attributes_; }
   // Replaces the value of the attribute of that name, or adds one.
   void SetAttribute(const MString& name, const MString& value);
   MString GetAttribute(const MString& name, const MString& fallback = MString()) const;
@@ -78,7 +78,6 @@ class MXMLItem final {
 
   int32_t FindAttribute(const MString& name, bool& isFound) const noexcept;
   MXMLItem* FindSubItem(const MString& name) const noexcept;
-  void AddLastAttribute(MAttribute& attribute);
   void TakeAttributes(MList<MAttribute>& attributes);
   void DestroyChildren() noexcept;
 
@@ -89,7 +88,7 @@ class MXMLItem final {
   MList<MXMLItem*> children_;
   MString name_;
   MString text_;
-  MList<MAttribute*> attributes_;
-  mutable MAttribute* attributeCache_ = nullptr;
+  MList<MAttribute> attributes_;
+  mutable int32_t attributeCache_ = -1;  // index
   mutable MXMLItem* itemCache_ = nullptr;
 };

@@ -1,17 +1,41 @@
 #include "core/MXMLScanner.h"
 
+#include <cstring>
 #include <utility>
+
+namespace {
+
+// Mixes four units at a time; the good bits are the upper ones.
+uint64_t HashOf(std::u16string_view units) {
+  uint64_t hash = units.size();
+  const auto mix = [&hash](const MChar* from, std::size_t count) {
+    uint64_t word = 0;
+    std::memcpy(&word, from, count * sizeof(MChar));
+    hash = ((hash ^ word) * 0x9E3779B97F4A7C15u);
+    hash ^= hash >> 32;
+  };
+  std::size_t i = 0;
+  for (; i + 4 <= units.size(); i += 4) mix(&units[i], 4);
+  if (i < units.size()) mix(&units[i], units.size() - i);
+  return hash * 0x9E3779B97F4A7C15u;
+}
+
+}  // namespace
 
 MString MXMLTextCache::Get(std::u16string_view units) {
   if (units.empty()) return MString();
   if (units.size() > kLongest) return MString(units);
-  uint32_t hash = static_cast<uint32_t>(units.size());
-  for (const MChar unit : units) hash = (hash ^ unit) * 0x9E3779B1u;
-  MString& slot = slots_[hash >> (32 - kSlotBits)];
-  if (slot.IsEmpty() ||
-      std::u16string_view(slot.Units(), static_cast<std::size_t>(slot.GetLength())) != units)
-    slot = MString(units);
-  return slot;
+  const uint64_t hash = HashOf(units);
+  Slot& slot = slots_[hash >> (64 - kSlotBits)];
+  const uint32_t tag = static_cast<uint32_t>(hash) | 1;
+  if (slot.tag == tag && slot.text.GetLength() == static_cast<int32_t>(units.size()) &&
+      std::memcmp(slot.text.GetData(), units.data(), units.size() * sizeof(MChar)) == 0) {
+    slot.misses = 0;
+    return slot.text;
+  }
+  MString text(units);
+  if (slot.tag == 0 || ++slot.misses == kPatience) slot = {text, tag, 0};
+  return text;
 }
 
 void MXMLScanner::SetCodec(const MEncoding::Codec& codec) {

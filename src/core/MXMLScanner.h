@@ -17,9 +17,16 @@ class MXMLTextCache {
   static constexpr std::size_t kLongest = 32;
 
  private:
+  struct Slot {
+    MString text;
+    uint32_t tag = 0;  // further bits of the hash, 0 while the slot is free
+    int32_t misses = 0;
+  };
   static constexpr uint32_t kSlotBits = 9;
+  static constexpr int32_t kPatience =
+      8;  // a text gives way to the one that misses it for the 8th time in a row
 
-  MString slots_[1 << kSlotBits];  // by hash; a new text takes the place of the old one
+  Slot slots_[1 << kSlotBits];  // by hash
 };
 
 // A marked-up text unit by unit out of a stream, through a buffer of fixed size. What the stream raises

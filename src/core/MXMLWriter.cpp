@@ -74,11 +74,11 @@ void MXMLWriter::BeginElement(const MXMLItem& item, int32_t level) {
   BeginLine(level);
   writer_.WriteText("<");
   WriteName(item.GetName(), true);
-  for (const MAttribute* const attribute : item.GetAttributes()) {
+  for (const MAttribute& attribute : item.GetAttributes()) {
     writer_.WriteText(" ");
-    WriteName(attribute->name, false);
+    WriteName(attribute.name, false);
     writer_.WriteText("=\"");
-    WriteValue(attribute->value);
+    WriteValue(attribute.value);
     writer_.WriteText("\"");
   }
   const bool isLeaf = item.GetChildren().IsEmpty();

@@ -21,7 +21,7 @@ constexpr char kNoSubItem[] =
 
 std::string Names(const MXMLItem& item) {
   std::string names;
-  for (const MAttribute* attribute : item.GetAttributes()) names += Utf8(attribute->name) + " ";
+  for (const MAttribute& attribute : item.GetAttributes()) names += Utf8(attribute.name) + " ";
   return names;
 }
 
@@ -99,8 +99,10 @@ TEST_F(MXMLItemTest, TheCacheOfAttributesHoldsWhatTheLastSearchFound) {
   EXPECT_RAISES(item.CachedAttribute(), kNoAttribute, 0);
   EXPECT_TRUE(item.HasAttribute("b"));
   item.SetAttribute("b", "2");
+  item.SetAttribute("a", "0");
+  item.SetAttribute("c", "3");
   EXPECT_EQ(item.CachedAttribute(), "2");
-  EXPECT_FALSE(item.HasAttribute("c"));
+  EXPECT_FALSE(item.HasAttribute("d"));
   EXPECT_RAISES(item.CachedAttribute(), kNoAttribute, 0);
 }
 

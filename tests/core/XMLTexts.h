@@ -52,8 +52,8 @@ inline void ExpectSameTree(const MXMLItem& a, const MXMLItem& b) {
   ASSERT_EQ(a.GetText(), b.GetText());
   ASSERT_EQ(a.GetAttributes().GetCount(), b.GetAttributes().GetCount());
   for (int32_t i = 0; i < a.GetAttributes().GetCount(); ++i) {
-    ASSERT_EQ(a.GetAttributes()[i]->name, b.GetAttributes()[i]->name);
-    ASSERT_EQ(a.GetAttributes()[i]->value, b.GetAttributes()[i]->value);
+    ASSERT_EQ(a.GetAttributes()[i].name, b.GetAttributes()[i].name);
+    ASSERT_EQ(a.GetAttributes()[i].value, b.GetAttributes()[i].value);
   }
   ASSERT_EQ(a.GetChildren().GetCount(), b.GetChildren().GetCount());
   for (int32_t i = 0; i < a.GetChildren().GetCount(); ++i)
