@@ -15,10 +15,8 @@ int32_t LineLength(int32_t sampleRate, double delaySeconds) {
   return static_cast<int32_t>(std::clamp<double>(sampleRate * delaySeconds, 1, kLongestLine));
 }
 
-// One channel's stretch of the line without a wrap. No two of its samples meet in the same place of the line,
-// so they may be computed side by side.
+// One channel's stretch of the line without a wrap.
 void Recirculate(float* line, const float* in, float* out, int32_t samples, double gain) {
-#pragma GCC ivdep
   for (int32_t i = 0; i < samples; ++i) {
     const float sum = static_cast<float>(line[i] * gain + in[i]);
     const float y = std::abs(sum) <= std::numeric_limits<float>::max() ? sum : 0.0f;
@@ -57,10 +55,11 @@ int32_t EcholanAudioEffectPlugin::Prepare(int32_t channels, int32_t sampleRate) 
   return 0;
 }
 
-// Gives the line another length and keeps what sounds in it.
-void EcholanAudioEffectPlugin::FitLine(int32_t length) {
+// Gives the line the length that the delay asks for, and keeps what sounds in it.
+void EcholanAudioEffectPlugin::FitLine() {
   const int32_t before = line_.GetLength();
-  if (length == before) return;
+  const int32_t length = GetWantedLength();
+  if (before == 0 || sampleRate_ < 1 || length == before) return;
   try {
     line_.Reserve(length);
   } catch (const MException&) {
@@ -69,17 +68,16 @@ void EcholanAudioEffectPlugin::FitLine(int32_t length) {
   line_.Rotate(before - position_);
   line_.Resize(length, true);
   line_.Fade(0, 1.0, std::min(before, length), 0.0);
+  if (position_ >= length) position_ = 0;  // and otherwise stays, though the samples have moved
 }
 
 void EcholanAudioEffectPlugin::Process(float** in, float** out, int32_t samples) {
   const double feedback = MLimitedValue(rows_[kFeedback], -1, 1);
   const double gain = feedback * feedback;
-  const bool hasLine = line_.GetLength() > 0;
-  if (hasLine && sampleRate_ >= 1) FitLine(GetWantedLength());
+  FitLine();
   const int32_t length = line_.GetLength();
-  const int32_t served = hasLine ? std::min(channels_, line_.GetChannelCount()) : 0;
-  if (position_ >= length) position_ = 0;
-  for (int32_t done = 0; done < samples && hasLine;) {
+  const int32_t served = std::min(channels_, line_.GetChannelCount());
+  for (int32_t done = 0; done < samples && length > 0;) {
     const int32_t run = std::min(samples - done, length - position_);
     for (int32_t c = 0; c < served; ++c)
       Recirculate(line_.GetChannel(c) + position_, in[c] + done, out[c] + done, run, gain);

@@ -9,9 +9,9 @@
 // Both parameters are read once a block, without smoothing. When L changes, the line is rotated so that the
 // sample which would be read next comes first, cut or lengthened with zeros, and faded out towards its end;
 // the place in the line stays. The line serves eight channels; further ones pass unchanged. Within the
-// table's range of the delay no block allocates; a longer one, which only the host's raw write can set,
-// allocates in the first block that sees it. A sum that is no finite number is stored as 0, so the delay
-// recovers from whatever it is fed.
+// table's range of the delay no block allocates. A longer one, up to a minute or 2^23 samples, which only a
+// raw write can set, allocates in the first block that sees it; without the memory the old delay goes on. A
+// sum that is no finite number is stored as 0, so the delay recovers from whatever it is fed.
 class EcholanAudioEffectPlugin final : public MAudioEffectPlugin {
  public:
   EcholanAudioEffectPlugin();
@@ -22,10 +22,10 @@ class EcholanAudioEffectPlugin final : public MAudioEffectPlugin {
 
  private:
   int32_t GetWantedLength() const noexcept;
-  void FitLine(int32_t length);
+  void FitLine();
 
   enum { kFeedback, kDelay, kRowCount };
   MPluginParameter rows_[kRowCount];
   MAudioBuffer line_;
-  int32_t position_ = 0;  // in the line, where the next sample is read and written, one for all channels
+  int32_t position_ = 0;  // where all channels of the line are read and written next, below its length
 };

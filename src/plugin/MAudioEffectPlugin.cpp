@@ -13,6 +13,7 @@ int32_t AsNumber(MWord word) {
 }
 
 bool AreAllThere(float** buffers, int32_t channels) {
+  if (channels == 0) return true;
   return buffers && std::find(buffers, buffers + channels, nullptr) == buffers + channels;
 }
 

@@ -1,14 +1,15 @@
 #pragma once
 #include "plugin/MPlugin.h"
 
-// Base of all effects. Audio comes in blocks of `GetChannels()` buffers of 32-bit floats, one per channel,
-// nominally within -1 to 1 and never clipped at this level. Denormals are flushed while an effect works.
+// Base of all effects. A block of audio is an array of addresses, one per channel that Prepare was given, of
+// buffers of 32-bit floats, nominally within -1 to 1 and never clipped at this level. A block with a null
+// address is left alone. Denormals are flushed while an effect works.
 class MAudioEffectPlugin : public MPlugin {
  public:
   MWord Service(int32_t service, MServiceArguments* arguments) override;
 
   // Stores the format, calls Update() and returns 0; a negative number of channels is 0. An effect with
-  // memory sizes and clears it behind that, when the sample rate is at least 1. [host]
+  // memory then sizes and clears it, when the sample rate is at least 1. [host]
   virtual int32_t Prepare(int32_t channels, int32_t sampleRate);
   // Reads `samples` values, 0 or more, from each in[c] and overwrites each out[c]. Both may be the same
   // arrays. Allocates nothing unless the effect's own head comment says so. [audio]
