@@ -1,7 +1,5 @@
 #include "tests/common/EffectSuite.h"
 
-#include <span>
-
 namespace {
 
 struct AllowanceRow {
@@ -11,7 +9,7 @@ struct AllowanceRow {
 };
 
 // An effect that needs an allowance gets a row here. None does so far.
-const std::span<const AllowanceRow> kAllowances = {};
+const std::vector<AllowanceRow> kAllowances = {};
 
 }  // namespace
 
