@@ -51,7 +51,7 @@ template <typename Attribute, typename Attributes>
 void MMLParser<Attribute, Attributes>::Parse(MStream& stream) {
   MXMLScanner scanner(stream, MEncoding::UTF8Codec::Get());
   scanner.DetectUTF16();
-  maySwitch_ = true;
+  maySwitch_ = !isLenient_;
   Run(scanner);
 }
 

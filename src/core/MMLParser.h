@@ -12,7 +12,9 @@
 //
 // A syntax error raises an MException with a message that begins with "Invalid file contents. ", the code
 // kTransferFailed and the place as its source, "line 3, column 14". A lenient parser, for mark-up within
-// texts, ends the parse silently instead, and takes values without quotes, which end at a blank, ">" or "/>".
+// texts, ends the parse silently instead, knows no head, and takes values without quotes, which end at a
+// blank, ">" or
+// "/>".
 //
 // Instantiated in MMLParser.cpp.
 template <typename Attribute, typename Attributes>

@@ -77,6 +77,11 @@ TEST_F(MMLParserTest, SyntaxErrorsEndALenientParseSilently) {
   EXPECT_EQ(HearLenient("&;"), "");
 }
 
+TEST_F(MMLParserTest, HeadsHaveNoEffectOnALenientParser) {
+  EXPECT_EQ(HearLenient("<?xml encoding=\"klingon\"?>\xC3\xA9<?xml encoding=\"ascii\"?>\xC3\xA9"),
+            "\"\xC3\xA9\" \"\xC3\xA9\" ");
+}
+
 TEST_F(MMLParserTest, WhatAnOperationRaisesLeavesALenientParserToo) {
   EXPECT_RAISES(HearLenient("<a>raise"), "Raised by an operation.", 7);
 }
