@@ -29,6 +29,20 @@ bool IsSuspect(const MString& text, const bool (&table)[128]) {
   });
 }
 
+// Puts a text there as ASCII and moves `out` behind it; false if it has a suspect.
+bool PutPlain(uint8_t*& out, const MString& text, const bool (&table)[128]) {
+  return text.Visit([&](const auto* units, int32_t length) {
+    bool isSuspect = false;
+    for (int32_t i = 0; i < length; ++i) {
+      const MChar unit = MString::Widen(units[i]);
+      isSuspect |= unit >= 128 || table[unit & 127];
+      out[i] = static_cast<uint8_t>(unit);
+    }
+    out += length;
+    return !isSuspect;
+  });
+}
+
 // Units of the character at `index`: 2 for a surrogate pair.
 int32_t CharacterLength(const MString& text, int32_t index) {
   return (text.At(index) & 0xFC00) == 0xD800 && (text.At(index + 1) & 0xFC00) == 0xDC00 ? 2 : 1;
@@ -74,13 +88,7 @@ void MXMLWriter::BeginElement(const MXMLItem& item, int32_t level) {
   BeginLine(level);
   writer_.WriteText("<");
   WriteName(item.GetName(), true);
-  for (const MAttribute& attribute : item.GetAttributes()) {
-    writer_.WriteText(" ");
-    WriteName(attribute.name, false);
-    writer_.WriteText("=\"");
-    WriteValue(attribute.value);
-    writer_.WriteText("\"");
-  }
+  for (const MAttribute& attribute : item.GetAttributes()) WriteAttribute(attribute);
   const bool isLeaf = item.GetChildren().IsEmpty();
   if (isLeaf && item.GetText().IsEmpty()) {
     writer_.WriteText("/>");
@@ -107,6 +115,33 @@ void MXMLWriter::BeginLine(int32_t level) {
   static_assert(sizeof kBlanks == 2 * kDeepestIndent + 1);
   writer_.WriteText("\n");
   writer_.WriteText(MString::Literal(kBlanks + 2 * (kDeepestIndent - std::min(level, kDeepestIndent))));
+}
+
+void MXMLWriter::WriteAttribute(const MAttribute& attribute) {
+  if (WritePlainAttribute(attribute)) return;
+  writer_.WriteText(" ");
+  WriteName(attribute.name, false);
+  writer_.WriteText("=\"");
+  WriteValue(attribute.value);
+  writer_.WriteText("\"");
+}
+
+// Nearly all attributes are short and without anything special: they are put into the buffer at one go.
+// False, and nothing is written, for all others.
+bool MXMLWriter::WritePlainAttribute(const MAttribute& attribute) {
+  if (isWide_ || attribute.name.IsEmpty()) return false;
+  uint8_t* const room =
+      writer_.MakeRoom(int64_t{attribute.name.GetLength()} + attribute.value.GetLength() + 4);
+  if (!room) return false;
+  uint8_t* out = room;
+  *out++ = ' ';
+  if (!PutPlain(out, attribute.name, kSuspects.inName)) return false;
+  *out++ = '=';
+  *out++ = '"';
+  if (!PutPlain(out, attribute.value, kSuspects.inValue)) return false;
+  *out++ = '"';
+  writer_.Advance(static_cast<int32_t>(out - room));
+  return true;
 }
 
 void MXMLWriter::WriteName(const MString& name, bool isElement) {

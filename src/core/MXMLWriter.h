@@ -14,7 +14,7 @@ class MXMLWriter {
  public:
   // The encoding's header is written before.
   MXMLWriter(MStream& stream, const MEncoding::Codec& codec, bool compact) noexcept
-      : writer_(stream, codec), isCompact_(compact) {}
+      : writer_(stream, codec), isCompact_(compact), isWide_(&codec == &MEncoding::UTF16Codec::Get()) {}
 
   void WriteHead(const MString& encoding);
   void WriteTree(const MXMLItem& item);
@@ -26,6 +26,8 @@ class MXMLWriter {
   void BeginElement(const MXMLItem& item, int32_t level);
   void EndElement(const MXMLItem& item, int32_t level);
   void BeginLine(int32_t level);
+  void WriteAttribute(const MAttribute& attribute);
+  bool WritePlainAttribute(const MAttribute& attribute);
   void WriteName(const MString& name, bool isElement);
   void WriteValue(const MString& value);
   MString ReadableName(const MString& name, bool isElement) const;
@@ -34,4 +36,5 @@ class MXMLWriter {
 
   MEncoding::Writer writer_;
   bool isCompact_;
+  bool isWide_;
 };
