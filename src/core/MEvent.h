@@ -5,9 +5,10 @@
 // Post queues an entry, Pop delivers the oldest one to every subscription in order; Fire does both. Neither a
 // target nor an event outlives the link between them: the destructor of each takes it out of the other. All
 // changes of subscriptions, of all events, are made under the one event lock; callbacks run without it, so a
-// handler may subscribe, unsubscribe, and destroy the event itself. A subscription removed during a delivery
-// is not called any more; one added is first called for the next entry. A target is destroyed on the thread
-// that delivers to it, or after it has unsubscribed.
+// handler may subscribe, unsubscribe, and destroy the event, its own target or the sender. A subscription
+// removed during a delivery is not called any more, none is once the sender is destroyed; one added is first
+// called for the next entry. A target is destroyed on the thread that delivers to it, or after it has
+// unsubscribed and no callback of it runs any more.
 
 #include "core/MEventState.h"
 #include "core/MLock.h"

@@ -15,23 +15,26 @@ class Balanced : public testing::Test {
 };
 
 // Lets each request for memory that `use(subject)` makes fail in turn, on a subject that `make` builds anew.
-// Every time it must raise "Out of memory."; `check(subject)` then looks whether all is as it was. Returns
-// the number of requests.
+// Every time it must raise "Out of memory."; `check(subject)` then looks whether all is as it was, and once
+// the subject is gone its memory must be so too. Returns the number of requests.
 template <typename Make, typename Use, typename Check>
 int FailEachRequest(Make make, Use use, Check check) {
   for (int request = 0;; ++request) {
-    auto subject = make();
     const int64_t balance = CountingFunctions::GetBalance();
-    CountingFunctions::FailAfter(request);
-    try {
-      use(subject);
+    bool isDone = false;
+    {
+      auto subject = make();
+      CountingFunctions::FailAfter(request);
+      try {
+        use(subject);
+        isDone = true;
+      } catch (const MException& raised) {
+        EXPECT_EQ(raised.message, "Out of memory.");
+      }
       CountingFunctions::FailAfter(-1);
-      return request;
-    } catch (const MException& raised) {
-      CountingFunctions::FailAfter(-1);
-      EXPECT_EQ(raised.message, "Out of memory.");
+      if (!isDone) check(subject);
     }
     EXPECT_EQ(CountingFunctions::GetBalance(), balance) << "request " << request << " leaked";
-    check(subject);
+    if (isDone) return request;
   }
 }
