@@ -273,7 +273,7 @@ void MMLParser<Attribute, Attributes>::FailAt(const char* message, const MXMLPos
   MString text = Translate("Invalid file contents. ");
   text.Append(Translate(MString::Literal(message)));
   MException failure(text, MErrorCode::kTransferFailed);
-  failure.source = Format("line {0}, column {1}").Arg(position.line).Arg(position.column).Text();
+  failure.source = Format(Translate("line {0}, column {1}")).Arg(position.line).Arg(position.column).Text();
   throw failure;
 }
 

@@ -51,7 +51,7 @@ void MXMLScanner::SkipBlanks() {
 
 MString MXMLScanner::Keep(std::u16string_view units, MXMLTextCache& cache) {
   if (units.size() <= MXMLTextCache::kLongest) return cache.Get(units);
-  if (!gathered_.IsEmpty()) return std::exchange(gathered_, MString());
+  if (units.data() == gathered_.Units()) return std::exchange(gathered_, MString());
   return MString(units);
 }
 

@@ -51,7 +51,7 @@ class MXMLScanner {
   // Reads up to the first unit that is a stop, or to the end. The result lives until the next operation.
   template <typename IsStop>
   std::u16string_view ReadUntil(IsStop isStop);
-  // A text of its own of what ReadUntil just gave.
+  // A text of these units, which takes the memory over when they are what ReadUntil just gave.
   MString Keep(std::u16string_view units, MXMLTextCache& cache);
   // Reads through a ">" with at least `count` times `mark` in front of it; false if the end comes first.
   // `content`, unless null, gets at most `limit` units of what stands before that mark.

@@ -67,6 +67,14 @@ TEST_F(MMLParserTest, ALenientParserTakesValuesWithoutQuotes) {
   EXPECT_EQ(HearLenient("<img v=a&amp;b>"), "+img,v=a&b ");
 }
 
+TEST_F(MMLParserTest, LongValuesWithoutQuotesAreTakenWholeBehindNamesAcrossTheBuffersEnd) {
+  const std::string value(40, 'v');
+  for (std::size_t shift = 1000; shift < 1030; ++shift) {
+    const std::string heard = HearLenient((std::string(shift, ' ') + "<b name=" + value + ">").c_str());
+    ASSERT_EQ(heard.substr(shift + 3), "+b,name=" + value + " ") << shift;
+  }
+}
+
 TEST_F(MMLParserTest, SyntaxErrorsEndALenientParseSilently) {
   EXPECT_EQ(HearLenient("a < b"), "\"a \" ");
   EXPECT_EQ(HearLenient("x<b>y<td"), "\"x\" +b \"y\" ");

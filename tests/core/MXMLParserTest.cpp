@@ -1,5 +1,7 @@
 #include "core/MXMLParser.h"
 
+#include "core/MTranslate.h"
+#include "core/MXMLItemIterator.h"
 #include "tests/core/Balanced.h"
 #include "tests/core/XMLTexts.h"
 
@@ -126,6 +128,28 @@ TEST_F(MXMLParserTest, EachSyntaxErrorHasItsMessageAndPlace) {
   EXPECT_EQ(FailureOf("<a / >"), Syntax("Invalid element finishing sequence.", 1, 5));
   EXPECT_EQ(FailureOf("<a>x &; y</a>"), Syntax("XML entity cannot have empty name.", 1, 10));
   EXPECT_EQ(FailureOf("<a b=\"&;\"/>"), Syntax("XML entity cannot have empty name.", 1, 9));
+}
+
+TEST_F(MXMLParserTest, MessagesAreTranslatedButForThoseOfTheCaches) {
+  MTranslationTable translations;
+  for (const char* const text :
+       {"No element name found.", "Could not find required attribute ({0}).",
+        "The XML does not contain any elements.", "XML item iterator has not been initialized.",
+        "There is no attribute in the cache. Previous call to HasAttribute probably did not succeed."}) {
+    MString translated = Buffer("* ");
+    translated.Append(text);
+    translations.Set(MString::Literal(text), MString(), translated);
+  }
+  MTranslationTable* const before = MSetTranslationTable(&translations);
+  MXMLItem item;
+  EXPECT_EQ(FailureOf("<>"), "Invalid file contents. * No element name found.|256|line 1, column 2");
+  EXPECT_EQ(FailureOf(""), "* The XML does not contain any elements.|0|");
+  EXPECT_RAISES(item.GetRequiredAttribute("x"), "* Could not find required attribute (x).", 0);
+  EXPECT_RAISES(MXMLItemIterator(item, "x").Current(), "* XML item iterator has not been initialized.", 0);
+  EXPECT_RAISES(item.CachedAttribute(),
+                "There is no attribute in the cache. Previous call to HasAttribute probably did not succeed.",
+                0);
+  MSetTranslationTable(before);
 }
 
 TEST_F(MXMLParserTest, TheEndOfTheFileInsideOfATagRaises) {
