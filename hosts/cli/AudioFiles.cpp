@@ -52,6 +52,21 @@ std::string WhyNotOpened() {
   return start + ": " + text;
 }
 
+// Raises when the header promises more bytes of samples than the file has; libsndfile tells so only in its
+// log. Programs that write a stream put a number near the largest there, since they do not know the length.
+void RequireWhole(SNDFILE* file, const std::string& path) {
+  constexpr unsigned long long kStream = 0x7FFFF000;
+  char log[4096] = {};
+  sf_command(file, SFC_GET_LOG_INFO, log, sizeof log);
+  const char* const line = std::strstr(log, "\ndata : ");
+  unsigned long long promised = 0, found = 0;
+  if (!line || std::sscanf(line, "\ndata : %llu (should be %llu", &promised, &found) != 2) return;
+  if (promised <= found || promised >= kStream) return;
+  throw Failure(ExitCode::kFile, path + ": the file is cut off: its header promises " +
+                                     std::to_string(promised) + " bytes of samples, but only " +
+                                     std::to_string(found) + " are there");
+}
+
 }  // namespace
 
 struct AudioReader::Handle {
@@ -68,6 +83,7 @@ AudioReader::AudioReader(const std::string& path) : path_(path) {
   SNDFILE* const file = sf_open(path == "-" ? "./-" : path.c_str(), SFM_READ, &info);
   if (!file) throw Failure(ExitCode::kFile, path + ": " + WhyNotOpened());
   handle_ = std::make_unique<Handle>(file);
+  RequireWhole(file, path);
   format_ = {info.channels, info.samplerate};
   if (info.frames < kNobodyKnows) frames_ = info.frames;
 }

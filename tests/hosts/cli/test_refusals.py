@@ -103,6 +103,16 @@ class BadInput(CommandCase):
                 self.write("in.wav", wav_bytes(b"\0\1" * 100, rate=rate))
                 self.refuse("in.wav", "its header names no usable sample rate or number of channels")
 
+    def test_samples_that_are_cut_off(self):
+        self.write("in.wav", wav_bytes(b"\0\1" * 100)[:-50])
+        self.refuse("in.wav", "the file is cut off: its header promises 200 bytes of samples, but only 150 are there")
+
+    def test_a_stream_without_a_length_is_whole(self):
+        for size in (0x7FFFF000, 0xFFFFFFFE, 0xFFFFFFFF):
+            with self.subTest(size):
+                self.write("in.wav", wav_bytes(b"\0\1" * 100, size=size))
+                self.succeed("render", "Echolan", "in.wav", "out.wav")
+
     def test_compressed_data_that_is_cut_off(self):
         whole = flac_bytes([i * 7 % 2000 for i in range(20000)])
         self.write("in.flac", whole[: len(whole) // 2 + 1])
