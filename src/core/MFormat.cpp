@@ -10,14 +10,15 @@ namespace {
 constexpr int32_t kMaximumArguments = 32;
 
 struct Argument {
-  int32_t position = -1;  // where the argument goes in the text, -1 nowhere
-  uint8_t flags = 0;
-  uint8_t width = 0;
-  uint8_t fill = ' ';
-  uint8_t precision = 4;
-  uint8_t order = 0;  // among arguments at the same position
+  int32_t position;  // where the argument goes in the text, -1 nowhere
+  uint8_t flags;
+  uint8_t width;
+  uint8_t fill;
+  uint8_t precision;
+  uint8_t order;  // among arguments at the same position
 };
 
+constexpr Argument kUnnamed = {-1, 0, 0, ' ', 4, 0};
 constexpr uint8_t kHexadecimal = 1;
 constexpr uint8_t kShowPlus = 2;
 
@@ -27,7 +28,7 @@ struct MFormat::State {
   M_LIBRARY_MEMORY
 
   int32_t references = 1;
-  Argument arguments[kMaximumArguments];
+  Argument arguments[kMaximumArguments];  // the first argumentCount have values
   MString text;
   int32_t argumentCount = 0;
   int32_t nextArgument = 0;
@@ -73,7 +74,7 @@ int32_t MFormat::State::CopyPlain(const MString& format, int32_t start) {
 
 // Puts an argument at the end of the text, behind those that stand there already.
 void MFormat::State::SetPosition(int32_t index) {
-  argumentCount = std::max(argumentCount, index + 1);
+  while (argumentCount <= index) arguments[argumentCount++] = kUnnamed;
   Argument& entry = arguments[index];
   entry.position = text.GetLength();
   entry.order = 0;
@@ -90,7 +91,7 @@ int32_t MFormat::State::ScanArgument(const MString& format, int32_t i) {
     return value;
   };
   const int64_t index = number();
-  Argument unnamed;
+  Argument unnamed = kUnnamed;
   const bool named = index >= 0 && index < kMaximumArguments;
   if (named) SetPosition(static_cast<int32_t>(index));
   Argument& entry = named ? arguments[index] : unnamed;
@@ -124,7 +125,7 @@ int32_t MFormat::State::ScanArgument(const MString& format, int32_t i) {
 // Calls insert(argument, position) for the next argument if the text names it, and moves those behind it on.
 template <typename InsertText>
 void MFormat::State::PlaceNext(InsertText&& insert) {
-  if (nextArgument >= kMaximumArguments) return;
+  if (nextArgument >= argumentCount) return;
   const Argument& argument = arguments[nextArgument];
   if (argument.position >= 0) {
     const int32_t before = text.GetLength();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 
 namespace {
 
@@ -36,7 +37,10 @@ int32_t MWriteInteger(MChar (&text)[kIntegerTextSize], MChar sign, uint64_t magn
 
 int32_t MWriteDouble(char (&text)[kDoubleTextSize], double value, int32_t precision, bool plus) noexcept {
   char* start = text;
-  if (plus && value >= 0) *start++ = '+';
+  if (plus && value >= 0) {
+    *start++ = '+';
+    value = std::abs(value);  // of a negative zero
+  }
   const auto result = std::to_chars(start, text + kDoubleTextSize, value, std::chars_format::fixed,
                                     std::clamp(precision, 0, 99));
   return static_cast<int32_t>(result.ptr - text);

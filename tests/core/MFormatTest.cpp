@@ -114,6 +114,8 @@ TEST_F(MFormatTest, PlusShowsTheSignOfSignedNumbersFromZeroOn) {
   EXPECT_EQ(One("{0+}", -5), "-5");
   EXPECT_EQ(One("{0;+.02}", 1.5), "+1.50");
   EXPECT_EQ(One("{0;+.02}", 0.0), "+0.00");
+  EXPECT_EQ(One("{0;+.02}", -0.0), "+0.00");
+  EXPECT_EQ(One("{0;.02}", -0.0), "-0.00");
   EXPECT_EQ(One("{0;+.02}", -1.5), "-1.50");
   EXPECT_EQ(One("{0;+.02}", INFINITY), "+inf");
   EXPECT_EQ(One("{0;+.02}", NAN), "nan");
