@@ -124,6 +124,14 @@ class CommandCase(unittest.TestCase):
         if result.out is not None:
             self.assertEqual(result.out, "")
 
+    def expect_samples(self, channels, expected):
+        """Lists of channels are equal; else says where they are not, which unittest would need minutes for."""
+        self.assertEqual([len(channel) for channel in channels], [len(channel) for channel in expected])
+        for c, pair in enumerate(zip(channels, expected)):
+            for i, (sample, wanted) in enumerate(zip(*pair)):
+                if sample != wanted:
+                    self.fail(f"channel {c}, frame {i}: {sample} instead of {wanted}")
+
     def render(self, source, *options, output="out.wav", effect="Echolan"):
         """The output of a render that succeeds."""
         self.succeed("render", effect, source, output, *options)
@@ -139,6 +147,19 @@ class InstalledCase(CommandCase):
         self.bin.mkdir()
         self.command = self.bin / "sonvelle"
         shutil.copy(COMMAND, self.command)
+
+
+class UserCase(InstalledCase):
+    """Runs the command as a user without power: nothing is forbidden to the superuser, who could even replace a device."""
+
+    def setUp(self):
+        super().setUp()
+        shutil.copy(COMMAND.parent / "Sonvelle.so", self.bin)
+        self.folder.chmod(0o777)
+        self.user = {"user": 65534, "group": 65534, "extra_groups": []} if os.geteuid() == 0 else {}
+
+    def run_command(self, *arguments, **options):
+        return super().run_command(*arguments, **(self.user | options))
 
 
 class FakeCase(InstalledCase):

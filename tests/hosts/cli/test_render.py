@@ -29,19 +29,19 @@ class Echolan(CommandCase):
                 self.write("in.wav", float_wav(samples, rate))
                 out = self.render("in.wav")
                 self.assertEqual((out.code, out.bits, out.channel_count, out.rate), (3, 32, channels, rate))
-                self.assertEqual(out.channels, [echo(channel, rate) for channel in samples])
+                self.expect_samples(out.channels, [echo(channel, rate) for channel in samples])
 
     def test_values_of_the_command_line_are_those_of_the_formula(self):
         samples = noise(2, 5000)
         self.write("in.wav", float_wav(samples))
         out = self.render("in.wav", "--set", "feedback=0.7", "--set=delay=0.0101")
-        self.assertEqual(out.channels, [echo(channel, 48000, 0.7, 0.0101) for channel in samples])
+        self.expect_samples(out.channels, [echo(channel, 48000, 0.7, 0.0101) for channel in samples])
 
     def test_of_several_values_for_a_key_the_last_one_holds(self):
         self.write("in.wav", float_wav(noise(1, 3000)))
         expected = self.render("in.wav", "--set", "delay=0.02", output="one.wav").channels
         out = self.render("in.wav", "--set", "delay=0.5", "--set", "delay=0.02").channels
-        self.assertEqual(out, expected)
+        self.expect_samples(out, expected)
 
     def test_every_block_size_gives_the_same_file(self):
         for channels in (1, 2, 6):
@@ -50,20 +50,20 @@ class Echolan(CommandCase):
             for block in (1, 7, 512, 4096, 20011, 1 << 20):
                 with self.subTest(channels=channels, block=block):
                     self.render("in.wav", "--tail", "0.3", "--block", block)
-                    self.assertEqual(self.path("out.wav").read_bytes(), self.path("expected.wav").read_bytes())
+                    self.assertTrue(self.path("out.wav").read_bytes() == self.path("expected.wav").read_bytes())
 
     def test_a_tail_continues_the_formula_over_silence(self):
         samples = noise(2, 1000)
         self.write("in.wav", float_wav(samples, 44100))
         out = self.render("in.wav", "--tail", "0.25")
         self.assertEqual(out.frames, 1000 + 11025)
-        self.assertEqual(out.channels, [echo(list(channel) + [0.0] * 11025, 44100) for channel in samples])
+        self.expect_samples(out.channels, [echo(list(channel) + [0.0] * 11025, 44100) for channel in samples])
 
     def test_loud_audio_is_neither_scaled_nor_clipped(self):
         samples = [array.array("f", [4.0, -3.0, 2.5, 0.0])]
         self.write("in.wav", float_wav(samples))
         self.assertEqual(self.run_command("render", "Echolan", "in.wav", "out.wav").code, 0)
-        self.assertEqual(Wav(self.path("out.wav")).channels, samples)
+        self.expect_samples(Wav(self.path("out.wav")).channels, samples)
 
 
 class Length(CommandCase):
@@ -105,7 +105,7 @@ class Inputs(CommandCase):
         numbers = [i * 31 % 40001 - 20000 for i in range(30000)]
         self.write("in.flac", flac_bytes(numbers))
         out = self.render("in.flac", "--set", "feedback=0")
-        self.assertEqual(list(out.channels[0]), [number / 32768 for number in numbers])
+        self.expect_samples(out.channels, [[number / 32768 for number in numbers]])
 
     def test_rates_from_1_hertz_up_are_rendered(self):
         for rate in (1, 7, 8000, 192000, 16000000, 2**31 - 1):
@@ -117,13 +117,13 @@ class Inputs(CommandCase):
     def test_up_to_1024_channels_are_rendered(self):
         samples = noise(1024, 3)
         self.write("in.wav", float_wav(samples))
-        self.assertEqual(self.render("in.wav", "--block", 1).channels, samples)
+        self.expect_samples(self.render("in.wav", "--block", 1).channels, samples)
 
     def test_a_pipe_is_read_as_it_comes(self):
         samples = noise(2, 30000)
         out = self.succeed("render", "Echolan", "/dev/stdin", "out.wav", stdin=None, input=float_wav(samples))
         self.assertEqual(out, "")
-        self.assertEqual(Wav(self.path("out.wav")).channels, [echo(channel, 48000) for channel in samples])
+        self.expect_samples(Wav(self.path("out.wav")).channels, [echo(channel, 48000) for channel in samples])
 
 
 if __name__ == "__main__":

@@ -2,10 +2,10 @@
 
 import os
 import shutil
-import stat
+import subprocess
 import unittest
 
-from command_case import COMMAND, FAKE_LIBRARY, FILE, PLUGIN, USAGE, FakeCase, InstalledCase, Wav, float_wav
+from command_case import COMMAND, DONE, FAKE_LIBRARY, PLUGIN, USAGE, FakeCase, InstalledCase, Wav, float_wav
 
 ATTACH, PREPARE, PROCESS, CHANGED = 0, 100, 101, 4
 
@@ -22,16 +22,14 @@ class Order(FakeCase):
                                  "process 76", "destroy"])
 
     def test_blocks_are_counted_from_the_start_and_only_the_last_is_shorter(self):
-        for block in (1, 3, 512, 1000, 5000, 20000, 30000, 70000):
-            for frames in (1, 999, 1000, 20000, 30001):
+        for block in (3, 512, 1000, 5000, 20000, 30000, 70000):
+            for frames in (1, 999, 1000, 70001):
                 with self.subTest(block=block, frames=frames):
-                    sizes = [int(note.split()[1]) for note in self.render_notes(frames, "--block", block, channels=1)
+                    sizes = [int(note.split()[1]) for note in self.render_notes(frames, "--block", block)
                              if note.startswith("process")]
-                    self.assertEqual(sizes[:-1], [block] * (len(sizes) - 1))
+                    self.assertLessEqual(set(sizes[:-1]), {block})
                     self.assertTrue(0 < sizes[-1] <= block)
                     self.assertEqual(sum(sizes), frames)
-                if block == 1:
-                    break
 
     def test_the_tail_goes_on_in_the_same_blocks(self):
         notes = self.render_notes(1100, "--tail", "0.01")
@@ -68,8 +66,9 @@ class AutomaticTail(FakeCase):
 
     def test_blocks_are_cut_at_the_inputs_end_and_meet_their_boundaries_again(self):
         self.tail(1000)
-        self.assertEqual(self.notes()[3:-1], ["process 512", "process 512", "process 76", "process 436", "process 512",
-                                              "process 512"][:6])
+        self.assertEqual(self.notes()[3:-1], [f"process {frames}" for frames in (512, 512, 76, 436, 512, 512)])
+        self.tail(1, "--block", 7)
+        self.assertEqual(self.notes()[3:-1], [f"process {frames}" for frames in [7] * 157 + [1, 6] + [7] * 64])
 
     def test_it_lasts_60_seconds_at_most(self):
         self.assertEqual(self.tail(100000000, rate=1000), 60000)
@@ -99,6 +98,24 @@ class Warnings(FakeCase):
         self.assertEqual(self.warning([0.0, 0.001], "--set", "mode=1"),
                          "sonvelle: warning: out.wav: the output is nothing but silence, but the input is not\n")
         self.assertEqual(self.warning([0.0, -0.0], "--set", "mode=1"), "")
+
+
+class ClosedStreams(FakeCase):
+    def test_do_not_let_a_library_that_speaks_write_into_the_output(self):
+        self.write("in.wav", float_wav([[0.5] * 1000]))
+        expected = self.render("in.wav", output="expected.wav")
+        self.environment["SONVELLE_FAKE_SPEAKS"] = "1"
+        for streams in ((0, 1, 2), (1, 2), (0, 2), (0, 1), (1,), (2,)):
+            def close_streams():
+                for stream in streams:
+                    os.close(stream)
+
+            with self.subTest(streams):
+                options = {"stdin": None, "capture_output": False, "stdout": subprocess.DEVNULL, "stderr": subprocess.DEVNULL}
+                result = self.run_command("render", "Echolan", "in.wav", "out.wav", preexec_fn=close_streams, **options)
+                self.assertEqual(result.code, DONE)
+                self.assertTrue(self.path("out.wav").read_bytes() == self.path("expected.wav").read_bytes())
+        self.assertEqual(expected.frames, 1000)
 
 
 class Exceptions(FakeCase):
