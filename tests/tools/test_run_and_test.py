@@ -69,6 +69,14 @@ class Run(ScriptCase):
         self.assertIn("FAILED: some.o\nsome.cpp:1: error\nbuild-tree: building build/release failed", err)
         self.assertNotIn("chatter", err)
 
+    def test_a_build_that_is_killed_shows_the_end_of_its_output(self):
+        self.start("run", "list")
+        self.script("bin/cmake", 'seq 1000\nkill -KILL $$\n')
+        code, out, err = self.start("run", "list")
+        self.assertEqual((code, out), (125, ""))
+        self.assertIn("999\n1000\nbuild-tree: building build/release failed", err)
+        self.assertNotIn("\n980\n", err)
+
     def test_a_tree_that_cannot_be_configured_is_begun_afresh(self):
         self.script("bin/cmake", '[[ $1 == --build || "$*" == *--fresh ]] || exit 1\n' + CMAKE)
         self.assertEqual(self.start("run", "list")[0], 3)
