@@ -155,8 +155,8 @@ void AudioWriter::DropPeaks() {
   while (output_.Seek(position, SEEK_SET) == position &&
          output_.Read(&chunk, sizeof chunk) == int64_t{sizeof chunk} &&
          std::memcmp(chunk.name, "data", 4) != 0) {
-    const uint32_t size =
-        chunk.size[0] | chunk.size[1] << 8 | chunk.size[2] << 16 | uint32_t{chunk.size[3]} << 24;
+    const uint32_t size = uint32_t{chunk.size[0]} | uint32_t{chunk.size[1]} << 8 |
+                          uint32_t{chunk.size[2]} << 16 | uint32_t{chunk.size[3]} << 24;
     if (std::memcmp(chunk.name, "PEAK", 4) == 0) {
       std::memcpy(chunk.name, "JUNK", 4);
       output_.Seek(position, SEEK_SET);
