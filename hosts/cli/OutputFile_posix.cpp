@@ -49,7 +49,7 @@ class SignalsWait {
 void CatchSignals() noexcept {
   struct sigaction action = {};
   action.sa_handler = RemoveUnfinished;
-  action.sa_flags = SA_RESETHAND;
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
   for (const int signal : kSignals) {
     struct sigaction before;
     if (sigaction(signal, nullptr, &before) == 0 && before.sa_handler != SIG_IGN)
