@@ -15,7 +15,8 @@ def compile_alone(root, name):
     """What the compiler says about a source that includes only this header, twice."""
     source = f'#include "{name}"\n' * 2
     result = subprocess.run(COMMAND, cwd=root, input=source, text=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
-    return f"{name} does not compile alone:\n{result.stdout}" if result.returncode else ""
+    said = result.stdout or f"g++ ended with {result.returncode}"
+    return f"{name} does not compile alone:\n{said}" if result.returncode else ""
 
 
 def check(root):

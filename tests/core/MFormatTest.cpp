@@ -40,6 +40,11 @@ TEST_F(MFormatTest, AnIndexThatIsNamedTwiceCountsAtItsLastPlace) {
   EXPECT_EQ(Letters("{0}x{1}y{0}", 2), "xbya");
 }
 
+TEST_F(MFormatTest, AnIndexThatComesBackBesideAnotherOneCountsAsPlacedTogetherWithIt) {
+  EXPECT_EQ(Letters("{1}{0}{1}", 2), "ba");
+  EXPECT_EQ(Letters("{0}{1}{0}", 2), "ba");
+}
+
 TEST_F(MFormatTest, FlagsOfARepeatedIndexAccumulate) {
   EXPECT_EQ(One("{0+}x{0x}", int64_t{255}), "x+FF");
 }

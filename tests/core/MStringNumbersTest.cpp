@@ -135,13 +135,21 @@ TEST_F(MStringNumbers, ToDoubleSkipsLeadingBlanksAndTrailingGarbage) {
 }
 
 TEST_F(MStringNumbers, ToDoubleReadsNumbersOfAnyLength) {
-  for (const int32_t zeros : {300, 500, 508, 509, 510, 511, 512, 5000}) {
+  for (const int32_t length : {20, 510, 511, 512, 513, 5000}) {
     MString text("0.");
-    text.AppendRepeated(u'0', zeros - 10);
+    text.AppendRepeated(u'0', length - 10);
     text.Append("125e");
-    text.Append(MString::FromInteger(zeros - 10));
-    EXPECT_EQ(text.ToDouble(), 0.125) << zeros;
+    text.Append(MString::FromInteger(length - 10));
+    EXPECT_EQ(text.ToDouble(), 0.125) << length;
+    MString padded("-2.5");
+    padded.AppendRepeated(u'x', length - 4);
+    EXPECT_EQ(padded.ToDouble(), -2.5) << length;
   }
+}
+
+TEST_F(MStringNumbers, ToDoubleEndsAtUnitsThatAreNoASCII) {
+  EXPECT_EQ(MString(u"1\u0132").ToDouble(), 1);  // its low byte would be a digit
+  EXPECT_EQ(MString(u"1\uFF12").ToDouble(), 1);
 }
 
 TEST_F(MStringNumbers, PrintfFormatsIntoABuffer) {
