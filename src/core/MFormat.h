@@ -13,8 +13,8 @@
 
 class MFormat {
  public:
-  // Reads the format. One that ends inside of braces raises "Formatting string ends in an argument
-  // specification."
+  // Reads the format. One that ends inside of braces raises
+  // "Formatting string ends in an argument specification."
   explicit MFormat(const MString& format);
   MFormat(const MFormat& other) noexcept;
   MFormat& operator=(const MFormat& other) noexcept;
