@@ -73,6 +73,36 @@ TEST_F(MTranslateTest, KeepsEntriesApartThatShareABucket) {
   EXPECT_EQ(Translate("xxxxxxxxxxxxyyyy", "s"), "xxxxxxxxxxxxyyyy");
 }
 
+TEST_F(MTranslateTest, KeepsSectionsApartThatShareABucket) {
+  TableInForce translations;
+  translations.table.Set("Open", "section of a door", "Otevreno");
+  for (const MString& section : {MString("section of a cask"), MString("section of a gate")}) {
+    ASSERT_EQ(section.Hash() & 255, MString("section of a door").Hash() & 255);
+    EXPECT_EQ(Translate("Open", section), "Open");
+  }
+}
+
+// How many entries lie in a bucket: the table holds its virtual operations and then 256 lists.
+int32_t CountInBucket(const MTranslationTable& translations, uint32_t bucket) {
+  using List = MList<MTranslationEntry>;
+  static_assert(sizeof(MTranslationTable) == sizeof(void*) + 256 * sizeof(List));
+  const char* const lists = reinterpret_cast<const char*>(&translations) + sizeof(void*);
+  return reinterpret_cast<const List*>(lists)[bucket].GetCount();
+}
+
+TEST_F(MTranslateTest, TheBucketIsTheLowByteOfBothHashesJoined) {
+  const auto translations = std::make_unique<MTranslationTable>();
+  for (const char* const text : {"", "a", "Out of memory.", "Index out of range.", "\xFF"}) {
+    for (const char* const section : {"", "b", "a longer name of a section"}) {
+      const MString key = MString::Literal(text), name = MString::Literal(section);
+      const uint32_t bucket = (key.Hash() ^ name.Hash()) & 255;
+      const int32_t before = CountInBucket(*translations, bucket);
+      translations->Set(key, name, "x");
+      EXPECT_EQ(CountInBucket(*translations, bucket), before + 1) << text << ", " << section;
+    }
+  }
+}
+
 TEST_F(MTranslateTest, TheHashesOfBothKeysChooseTheBucketTogether) {
   // Hash("a") ^ Hash("b") is Hash("b") ^ Hash("a"): one bucket, two entries.
   TableInForce translations;
