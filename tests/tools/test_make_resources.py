@@ -1,0 +1,155 @@
+import bz2
+import hashlib
+import re
+import struct
+import sys
+import zlib
+from xml.etree import ElementTree
+
+from tree_case import TOOLS, TreeCase
+
+sys.path.insert(0, str(TOOLS))
+import make_resources  # noqa: E402
+
+
+class MakeResources(TreeCase):
+    def make(self, *arguments):
+        return self.call(sys.executable, "-B", TOOLS / "make_resources.py", *arguments, cwd=self.root)
+
+    def built(self, *arguments):
+        """The bytes of a library that must build."""
+        code, out, err = self.make("out.mrf", *arguments)
+        self.assertEqual((code, out, err), (0, "", ""))
+        return (self.root / "out.mrf").read_bytes()
+
+    def assert_refused(self, expected, *arguments):
+        code, out, err = self.make("out.mrf", *arguments)
+        self.assertNotEqual(code, 0)
+        self.assertIn(expected, err)
+        self.assertNotIn("Traceback", err)
+        self.assertEqual(sorted(path.name for path in self.root.iterdir() if "out.mrf" in path.name), [])
+
+    def items(self, text, kind="Data"):
+        """(id, offset, size, compressed) of each item of an index text."""
+        root = ElementTree.fromstring(text)
+        self.assertEqual([child.tag for child in root], ["resources"])
+        for item in root[0]:
+            self.assertEqual(item.tag, f"resource{kind}")
+        return [(i.get("id"), int(i.get("offset")), int(i.get("size")), i.get("compressed")) for i in root[0]]
+
+    def split_small(self, library):
+        version, index_size, data_size = struct.unpack("<III", library[:12])
+        self.assertEqual((version, 12 + index_size + data_size), (0, len(library)))
+        return library[12 : 12 + index_size], library[12 + index_size :]
+
+    def split_large(self, library, decompress):
+        """(data, index text, flags)"""
+        length, flags = struct.unpack("<QI", library[-12:])
+        index = library[-28 - length : -28]
+        text = decompress(index) if flags & 2 else index
+        self.assertEqual(library[-28:-12], hashlib.md5(text).digest())
+        return library[: -28 - length], text, flags
+
+    def test_the_small_form_has_head_index_and_items_back_to_back(self):
+        self.write("in/b.bin", "second")
+        self.write("in/a.bin", "first one")
+        index, data = self.split_small(self.built("--type", "Eq", "in"))
+        self.assertEqual(self.items(index, "Eq"), [("a", 0, 9, None), ("b", 9, 6, None)])
+        self.assertEqual(data, b"first onesecond")
+
+    def test_a_compressed_item_of_the_small_form_has_the_size_of_its_compressed_bytes(self):
+        self.write("a", "x" * 1000)
+        self.write("b", "")
+        index, data = self.split_small(self.built("--compress-items", "a", "b"))
+        first, second = self.items(index)
+        self.assertEqual((first[3], second[3]), ("1", "1"))
+        self.assertEqual(zlib.decompress(data[: first[2]]), b"x" * 1000)
+        self.assertEqual(zlib.decompress(data[second[1] :]), b"")
+
+    def test_the_large_form_has_each_set_of_flags(self):
+        self.write("a", "x" * 1000)
+        self.write("b", "yz")
+        for flags in range(8):
+            options = ("--compress-items", "--compress-index", "--bzip2")
+            chosen = [options[bit] for bit in range(3) if flags >> bit & 1]
+            decompress = bz2.decompress if flags & 4 else zlib.decompress
+            with self.subTest(flags=flags):
+                data, text, found = self.split_large(self.built("--large", *chosen, "a", "b"), decompress)
+                first, second = self.items(text)
+                self.assertEqual((found, first[2:], second[2:]), (flags, (1000, None), (2, None)))
+                parts = data[: second[1]], data[second[1] :]
+                plain = [decompress(part) if flags & 1 else part for part in parts]
+                self.assertEqual(plain, [b"x" * 1000, b"yz"])
+
+    def test_ids_come_from_the_command_or_from_the_files_names_in_order(self):
+        for name in ("in/b.txt", "in/a.x.txt", "in/.hidden", "in/sub/c", "d.txt"):
+            self.write(name, "")
+        index, _ = self.split_small(self.built("Last & <first>=d.txt", "in", "d.txt"))
+        self.assertEqual([row[0] for row in self.items(index)], ["Last & <first>", "a.x", "b", "d"])
+
+    def test_ids_of_other_scripts_are_utf_8(self):
+        self.write("a", "")
+        index, _ = self.split_small(self.built("K\u0159\u00ed\u017e\u2603=a"))
+        self.assertEqual(self.items(index)[0][0], "K\u0159\u00ed\u017e\u2603")
+
+    def test_the_same_input_gives_the_same_bytes(self):
+        for name in "cab":
+            self.write(f"in/{name}", name * 100)
+        arguments = ("--large", "--compress-items", "--compress-index", "in")
+        self.assertEqual(self.built(*arguments), self.built(*arguments))
+
+    def test_a_cpp_source_holds_the_same_bytes(self):
+        self.write("a", "some bytes")
+        library = self.built("a")
+        source = self.built("--cpp", "MSomeBytes", "a").decode()
+        self.assertIn("Generated by", source.splitlines()[0])
+        self.assertIn(f"const int32_t MSomeBytesSize = {len(library)};", source)
+        self.assertEqual(bytes(int(byte, 16) for byte in re.findall(r"0x(..)", source)), library)
+
+    def test_bad_input_is_refused_by_its_name_and_writes_nothing(self):
+        self.write("a.txt", "1")
+        self.write("sub/A.bin", "2")
+        self.write("sub/\u00e1.bin", "3")
+        (self.root / "empty").mkdir()
+        self.assert_refused("missing.txt: No such file", "missing.txt")
+        self.assert_refused("File name too long", "x" * 5000)
+        self.assert_refused("gone: No such file", "id=gone")
+        self.assert_refused("empty: the folder has no files", "empty")
+        self.assert_refused("a.txt: the item has no id", "=a.txt")
+        self.assert_refused("A.bin: the id 'A' is that of a.txt already", "a.txt", "sub/A.bin")
+        self.assert_refused("\u00e1.bin: the id '\u00e1' is that of sub/A.bin already", "sub")
+        self.assert_refused("a.txt: the id 'a\\nb' has characters", "a\nb=a.txt")
+        self.assert_refused("sub: Is a directory", "id=sub")
+
+    def test_wrong_options_are_refused(self):
+        self.write("a", "1")
+        self.assert_refused("cannot stand in an element's name", "--type", "E q", "a")
+        self.assert_refused("is no name in C++", "--cpp", "1a", "a")
+        self.assert_refused("are for --large", "--bzip2", "a")
+        self.assert_refused("are for --large", "--compress-index", "a")
+        self.assert_refused("required: ITEM")
+
+    def test_a_failure_keeps_the_file_that_was_there(self):
+        self.write("a", "1")
+        library = self.built("a")
+        self.assertEqual(self.make("out.mrf", "a", "gone")[0], 1)
+        self.assertEqual((self.root / "out.mrf").read_bytes(), library)
+        code, _, err = self.make("no/folder.mrf", "a")
+        self.assertEqual(code, 1)
+        self.assertIn("no/folder.mrf: No such file", err)
+
+    def test_an_index_that_readers_refuse_is_not_written(self):
+        items = [(f"{i}{'x' * 90000}", b"") for i in range(24)]
+        with self.assertRaisesRegex(make_resources.Failure, "an index of .* bytes for 24 items is too long"):
+            make_resources.large(items, "Data", 0)
+        self.assertLess(len(make_resources.large(items, "Data", 2)), 0x200000)
+
+
+class MakeFilterPictures(TreeCase):
+    def test_the_pictures_in_the_repository_are_what_the_script_draws(self):
+        code, out, err = self.call(sys.executable, "-B", TOOLS / "make_filter_pictures.py", self.root)
+        self.assertEqual((code, out, err), (0, "", ""))
+        drawn = {path.name: path.read_bytes() for path in self.root.iterdir()}
+        folder = TOOLS.parent / "resources" / "filters"
+        self.assertEqual(drawn, {path.name: path.read_bytes() for path in folder.iterdir()})
+        self.assertEqual({len(image) for image in drawn.values()}, {1708})

@@ -1,0 +1,169 @@
+#!/usr/bin/env python3
+"""Packs files into a resource library, the format that MResourceLibrary reads.
+
+    make_resources.py pictures.mrf resources/filters                      every file of a folder, by name
+    make_resources.py pictures.mrf Peak=peak.tga "Low shelf=shelf.tga"     files with ids of their own
+    make_resources.py --large --compress-items --bzip2 fonts.mrf fonts/    the large form, compressed
+
+The id of an item is what stands in front of "=", else the file's name without its extension. Ids are found without
+regard to case and accents, so no two may differ in these alone. The same input always gives the same bytes; nothing is
+written when anything is wrong with it.
+"""
+
+import argparse
+import bz2
+import hashlib
+import os
+import re
+import struct
+import sys
+import unicodedata
+import zlib
+from pathlib import Path
+
+LARGEST_SMALL = 0x7FFFFFFF  # bytes of all items of the small form
+LARGEST_INDEX = 0x200000  # bytes of the index of the large form as it lies in the file
+LARGEST_TEXT = 64 << 20  # bytes of its index text
+ENTITIES = {"&": "&amp;", "<": "&lt;", ">": "&gt;", "'": "&apos;", '"': "&quot;"}
+ITEMS_COMPRESSED, INDEX_COMPRESSED, BZIP2 = 1, 2, 4
+
+
+class Failure(Exception):
+    pass
+
+
+def folded(name):
+    """What an id is compared by: no case, no accents."""
+    letters = unicodedata.normalize("NFD", name.casefold())
+    return "".join(letter for letter in letters if not unicodedata.combining(letter))
+
+
+def sources(words):
+    """(id, path) of each item that the command names."""
+    for word in words:
+        name, equals, file = word.partition("=")
+        if equals and not os.path.exists(word):
+            yield name, Path(file)
+        elif os.path.isdir(word):
+            files = [entry for entry in sorted(Path(word).iterdir()) if entry.is_file() and entry.name[0] != "."]
+            if not files:
+                raise Failure(f"{word}: the folder has no files")
+            yield from ((entry.stem, entry) for entry in files)
+        else:
+            yield Path(word).stem, Path(word)
+
+
+def read_items(words):
+    """(id, bytes) of each item."""
+    items, seen = [], {}
+    for name, path in sources(words):
+        if not name:
+            raise Failure(f"{path}: the item has no id")
+        if any(unicodedata.category(letter) in ("Cc", "Cs") for letter in name):
+            raise Failure(f"{path}: the id {name!r} has characters that are none of a text")
+        if folded(name) in seen:
+            raise Failure(f"{path}: the id {name!r} is that of {seen[folded(name)]} already")
+        seen[folded(name)] = path
+        try:
+            items.append((name, path.read_bytes()))
+        except OSError as failure:
+            raise Failure(f"{path}: {failure.strerror}") from None
+    return items
+
+
+def index_text(rows, kind):
+    """The index of (id, offset, size, compressed) rows."""
+    lines = ['<?xml version="1.0" encoding="utf-8"?>', "<resources>", "  <resources>"]
+    for name, offset, size, is_compressed in rows:
+        flag = 'compressed="1" ' if is_compressed else ""
+        escaped = "".join(ENTITIES.get(letter, letter) for letter in name)
+        lines.append(f'    <resource{kind} {flag}id="{escaped}" offset="{offset}" size="{size}"/>')
+    lines += ["  </resources>", "</resources>", ""]
+    return "\n".join(lines).encode()
+
+
+def small(items, kind, compressed):
+    """Head, index, items. The size of a compressed item is that of its compressed bytes."""
+    rows, data = [], bytearray()
+    for name, content in items:
+        stored = zlib.compress(content, 9) if compressed else content
+        rows.append((name, len(data), len(stored), compressed))
+        data += stored
+    if len(data) > LARGEST_SMALL:
+        raise Failure(f"{len(data)} bytes of items are more than the small form holds; take --large")
+    index = index_text(rows, kind)
+    return struct.pack("<III", 0, len(index), len(data)) + index + data
+
+
+def large(items, kind, flags):
+    """Items, index, tail. The size of a compressed item is that of its plain bytes."""
+    pack = bz2.compress if flags & BZIP2 else zlib.compress
+    rows, data = [], bytearray()
+    for name, content in items:
+        rows.append((name, len(data), len(content), False))
+        data += pack(content, 9) if flags & ITEMS_COMPRESSED else content
+    text = index_text(rows, kind)
+    index = pack(text, 9) if flags & INDEX_COMPRESSED else text
+    if len(index) > LARGEST_INDEX or len(text) > LARGEST_TEXT:
+        raise Failure(f"an index of {len(index)} bytes for {len(items)} items is too long")
+    return bytes(data) + index + hashlib.md5(text).digest() + struct.pack("<QI", len(index), flags)
+
+
+def cpp_source(library, name):
+    """A C++ source that defines the bytes as NAME and their count as NAMESize."""
+    rows = [", ".join(f"0x{byte:02X}" for byte in library[i : i + 16]) for i in range(0, len(library), 16)]
+    return (
+        "// Generated by tools/make_resources.py; do not edit.\n"
+        f'#include "plugin/{name}.h"\n\n'
+        f"const int32_t {name}Size = {len(library)};\n"
+        f"alignas(16) const uint8_t {name}[] = {{\n    " + ",\n    ".join(rows) + ",\n};\n"
+    ).encode()
+
+
+def write(path, content):
+    """Puts a file in its place at once, so that a failure leaves the one that was there."""
+    beside = path.with_name(f".{path.name}.{os.getpid()}")
+    try:
+        beside.write_bytes(content)
+        beside.replace(path)
+    except OSError as failure:
+        beside.unlink(missing_ok=True)
+        raise Failure(f"{path}: {failure.strerror}") from None
+
+
+def arguments(words):
+    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("output", type=Path, metavar="OUTPUT")
+    parser.add_argument("items", nargs="+", metavar="ITEM", help="a folder, a file, or ID=FILE")
+    parser.add_argument("--type", default="Data", help="the items' type, a part of their element's name (%(default)s)")
+    parser.add_argument("--large", action="store_true", help="the form with the index behind the items")
+    parser.add_argument("--compress-items", action="store_true")
+    parser.add_argument("--compress-index", action="store_true", help="with --large")
+    parser.add_argument("--bzip2", action="store_true", help="with --large: compress with bzip2, not zlib")
+    parser.add_argument("--cpp", metavar="NAME", help="write a C++ source with an array NAME")
+    options = parser.parse_args(words)
+    if not re.fullmatch(r"[A-Za-z0-9_.-]*", options.type):
+        parser.error(f"the type {options.type!r} cannot stand in an element's name")
+    if options.cpp is not None and not re.fullmatch(r"[A-Za-z_][A-Za-z0-9_]*", options.cpp):
+        parser.error(f"{options.cpp!r} is no name in C++")
+    if not options.large and (options.compress_index or options.bzip2):
+        parser.error("--compress-index and --bzip2 are for --large")
+    return options
+
+
+def main(words):
+    options = arguments(words)
+    try:
+        items = read_items(options.items)
+        if options.large:
+            flags = ITEMS_COMPRESSED * options.compress_items + INDEX_COMPRESSED * options.compress_index
+            library = large(items, options.type, flags + BZIP2 * options.bzip2)
+        else:
+            library = small(items, options.type, options.compress_items)
+        write(options.output, cpp_source(library, options.cpp) if options.cpp else library)
+    except Failure as failure:
+        sys.exit(f"make_resources: {failure}")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])
