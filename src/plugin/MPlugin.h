@@ -1,4 +1,7 @@
 #pragma once
+#include <algorithm>
+#include <span>
+
 #include "core/MEvent.h"
 #include "core/MLock.h"
 #include "plugin/MHostInterface.h"
@@ -20,12 +23,16 @@ class MPlugin : public MEventTarget {
   virtual void Detach() {}                                          // [host]
   virtual void ParameterChanged([[maybe_unused]] int32_t index) {}  // [host] index lies in the table
   virtual void Update() {}  // [host] recomputes what derives from parameters
-  virtual void CreateEditor([[maybe_unused]] MControl* parent) {}            // [ui]
-  virtual void EditorClosed([[maybe_unused]] MWord window) {}                // [ui]
-  virtual bool SaveState([[maybe_unused]] MXMLItem& item) { return false; }  // [host]
-  virtual bool LoadState([[maybe_unused]] MXMLItem& item) { return false; }  // [host]
-  virtual void StateLoaded() {}                                              // [host]
-  virtual MWord Query([[maybe_unused]] MWord argument) { return -1; }        // [any]
+  virtual void CreateEditor([[maybe_unused]] MControl* parent) {}  // [ui]
+  virtual void EditorClosed([[maybe_unused]] MWord window) {}      // [ui]
+  // The table's rows as attributes "parameter" + key: four decimals, or a whole number. A class with more
+  // data writes that and calls this. False, which is no failure. [host]
+  virtual bool SaveState(MXMLItem& item);
+  // Gives every row what its attribute says, whatever the row's range, or its default where there is none;
+  // then Update(). False, which is no failure. [host]
+  virtual bool LoadState(MXMLItem& item);
+  virtual void StateLoaded() {}                                        // [host]
+  virtual MWord Query([[maybe_unused]] MWord argument) { return -1; }  // [any]
   virtual MWord Command([[maybe_unused]] const char* name, [[maybe_unused]] MWord argument) {
     return -1;
   }  // [host]
@@ -44,6 +51,17 @@ class MPlugin : public MEventTarget {
   void SetParameters(MPluginParameter (&rows)[N]) noexcept {
     block_.parameters = rows;
     block_.parameterCount = N;
+  }
+  // Announces the named editor windows.
+  template <int32_t N>
+  void SetEditors(MPluginEditorRow (&rows)[N]) noexcept {
+    block_.editors = rows;
+    block_.editorCount = N;
+  }
+  // For the host alone, which reads it in the public block.
+  void SetPluginFlag() noexcept { block_.pluginFlag = 1; }
+  std::span<MPluginParameter> GetParameters() const noexcept {
+    return {block_.parameters, static_cast<std::size_t>(std::max(block_.parameterCount, 0))};
   }
 
  private:
