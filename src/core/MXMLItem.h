@@ -1,4 +1,6 @@
 #pragma once
+#include <limits>
+
 #include "core/MStream.h"
 #include "core/MXMLAttribute.h"
 
@@ -67,11 +69,15 @@ class MXMLItem final {
   void Save(MStream& stream, bool compact = false, const MString& encoding = "utf-8") const;
   void SaveFile(const MString& path, bool compact = false, const MString& encoding = "utf-8") const;
 
-  // Makes the whole of a stream, from its start, the text, in hexadecimal digits.
-  void StoreBinary(MStream& source);
-  // Writes the bytes of such a text to a stream, whose position is then the same as before. A text that is
-  // none raises as MStream::ThrowShortRead, and nothing is written.
-  void LoadBinary(MStream& target) const;
+  // Makes the whole of a stream, from its start, the text, in hexadecimal digits; compressed is in the zlib
+  // format.
+  void StoreBinary(MStream& source, bool isCompressed = false);
+  // Writes the bytes of such a text to a stream, whose position is then the same as before. Before anything
+  // is written, a text that is none or is cut off raises as MStream::ThrowShortRead, and damaged compressed
+  // bytes or more than `limit` plain ones as MCompressionStream::Read. The limit is for compressed bytes
+  // only, of which a short text can stand for very many.
+  void LoadBinary(MStream& target, bool isCompressed = false,
+                  int64_t limit = std::numeric_limits<int64_t>::max()) const;
 
  private:
   friend class MXMLParser;

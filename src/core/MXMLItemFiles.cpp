@@ -6,6 +6,7 @@
 #include "core/MXMLItem.h"
 #include "core/MXMLParser.h"
 #include "core/MXMLWriter.h"
+#include "core/MZLibStream.h"
 
 void MXMLItem::Load(MStream& stream) {
   Clear();
@@ -44,17 +45,39 @@ void MXMLItem::SaveFile(const MString& path, bool compact, const MString& encodi
   file.Close();
 }
 
-void MXMLItem::StoreBinary(MStream& source) {
-  text_ = MHexadecimalText(source, true);
+void MXMLItem::StoreBinary(MStream& source, bool isCompressed) {
+  if (!isCompressed) {
+    text_ = MHexadecimalText(source, true);
+    return;
+  }
+  source.Seek(0, MSeekOrigin::kStart);
+  MMemoryStream digits;
+  MHexaStream bytes(&digits);
+  MZLibStream compressor(&bytes, true);
+  MCopyStream(source, compressor);
+  compressor.Finish();
+  compressor.Close();
+  text_ = MString::FromNarrow(reinterpret_cast<const char*>(digits.GetData()),
+                              static_cast<int32_t>(digits.GetSize()));
 }
 
-void MXMLItem::LoadBinary(MStream& target) const {
+void MXMLItem::LoadBinary(MStream& target, bool isCompressed, int64_t limit) const {
   for (int32_t i = 0; i < text_.GetLength(); ++i)
     if (MDigitValue(text_.At(i)) < 0) MStream::ThrowShortRead();
   const MBytes digits = MEncoding::ASCIICodec::Get().Encode(text_, false);
   MMemoryStream text(digits.GetData(), digits.GetSize());
-  MHexaStream source(&text);
+  MHexaStream bytes(&text);
   const int64_t position = target.GetPosition();
-  MCopyStream(source, target);
+  if (isCompressed) {
+    MZLibStream checked(&bytes, false);
+    checked.SetReadLimit(limit);
+    checked.Seek(std::numeric_limits<int64_t>::max(), MSeekOrigin::kStart);
+    if (!checked.HasEnded()) MStream::ThrowShortRead();
+    bytes.Seek(0, MSeekOrigin::kStart);
+    MZLibStream plain(&bytes, false);
+    MCopyStream(plain, target);
+  } else {
+    MCopyStream(bytes, target);
+  }
   target.Seek(position, MSeekOrigin::kStart);
 }
