@@ -29,7 +29,9 @@ struct Head {
   static bool ReadWord(MStream& stream, int32_t& word) {
     uint8_t bytes[4];
     if (stream.Read(bytes, 4) < 4) return false;
-    word = static_cast<int32_t>(bytes[0] | bytes[1] << 8 | bytes[2] << 16 | uint32_t{bytes[3]} << 24);
+    uint32_t value = 0;
+    for (int32_t i = 3; i >= 0; --i) value = value << 8 | bytes[i];
+    word = static_cast<int32_t>(value);
     return true;
   }
 };

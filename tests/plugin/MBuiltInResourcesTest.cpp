@@ -2,6 +2,7 @@
 
 #include <set>
 
+#include "tests/common/Texts.h"
 #include "tests/plugin/ResourceFiles.h"
 
 namespace {

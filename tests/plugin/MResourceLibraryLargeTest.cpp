@@ -1,5 +1,6 @@
 // The large form, and files of either.
 
+#include "tests/common/Texts.h"
 #include "tests/plugin/ResourceFiles.h"
 
 namespace {

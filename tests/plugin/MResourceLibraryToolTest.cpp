@@ -1,6 +1,7 @@
 // What tools/make_resources.py builds of the pictures, in each of its forms, is what is built in.
 
 #include "plugin/MBuiltInResources.h"
+#include "tests/common/Texts.h"
 #include "tests/plugin/ResourceFiles.h"
 
 namespace {

@@ -8,7 +8,6 @@
 #include "plugin/MLargeResourceFile.h"
 #include "plugin/MResourceLibrary.h"
 #include "tests/common/TemporaryFolder.h"
-#include "tests/common/Texts.h"
 #include "tests/core/StreamDoubles.h"
 
 constexpr char kShort[] = "Could not read required data from stream.";
@@ -77,7 +76,7 @@ inline void LoadBytes(MResourceLibrary& library, const std::string& bytes) {
 }
 
 inline std::string Found(MResourceLibrary& library, const char* id) {
-  MMemoryStream& stream = library.Find(Buffer(id));
+  MMemoryStream& stream = library.Find(MString::FromNarrow(id));
   return Take(stream, static_cast<int32_t>(stream.GetSize()));
 }
 
@@ -85,7 +84,7 @@ inline std::string Found(MResourceLibrary& library, const char* id) {
 struct LibraryFile {
   explicit LibraryFile(const std::string& bytes) { Write(bytes); }
   void Write(const std::string& bytes) { path = folder.WriteFile("library.mrf", bytes); }
-  void LoadInto(MResourceLibrary& library) const { library.LoadFile(Buffer(path.c_str())); }
+  void LoadInto(MResourceLibrary& library) const { library.LoadFile(MString::FromNarrow(path.c_str())); }
 
   TemporaryFolder folder;
   std::string path;
