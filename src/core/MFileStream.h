@@ -40,6 +40,10 @@ class MFileStream : public MStream {
   // as well.
   virtual void Close();
 
+  // Raises "File "{0}" could not be created. Make sure there is no write-protected file already existing."
+  // (kNotOpened).
+  [[noreturn]] static void ThrowNotCreated(const MString& path);
+
  protected:
   // A stream on files that are open already, which Close and the destructor would close; `name` stands in
   // messages.
@@ -50,15 +54,16 @@ class MFileStream : public MStream {
 
   void RequireOpen() const;
   [[noreturn]] void ThrowReadError() const;
+  [[noreturn]] void ThrowWriteError() const;
+  // Closes without a failure; false if something could not be written.
+  bool CloseFiles() noexcept;
 
  private:
   enum class Transfer { kNone, kRead, kWrite };
 
   void Prepare(Transfer transfer);
   void FlushWritten();
-  bool CloseFiles() noexcept;
   [[noreturn]] void ThrowNotOpened(uint32_t flags) const;
-  [[noreturn]] void ThrowWriteError() const;
 
   MString path_;
   int64_t sizeWhenOpened_ = 0;

@@ -1,12 +1,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <iterator>
 
 #include "core/MException.h"
 #include "core/MFileStream.h"
 #include "core/MFormat.h"
+#include "core/MPath.h"
 #include "core/MTranslate.h"
 
 namespace {
@@ -19,8 +19,7 @@ const char* OpenMode(uint32_t flags) noexcept {
 
 // Null on failure. Folders are refused here, since they open for reading.
 std::FILE* OpenFile(const MBytes& path, const char* mode) noexcept {
-  const bool hasZero = std::strlen(path.GetText()) + 1 != static_cast<std::size_t>(path.GetSize());
-  if (hasZero || !mode) return nullptr;
+  if (path.GetSize() == 0 || !mode) return nullptr;
   std::FILE* const file = std::fopen(path.GetText(), mode);
   struct stat info;
   if (file && (fstat(fileno(file), &info) != 0 || S_ISDIR(info.st_mode))) {
@@ -59,7 +58,7 @@ MFileStream::~MFileStream() noexcept {
 
 void MFileStream::Open(const MString& path, uint32_t flags) {
   const MString wanted = path.IsEmpty() ? path_ : path;
-  const MBytes encoded = EncodeNarrow(wanted);  // may raise, with everything as it was
+  const MBytes encoded = MEncodePath(wanted);  // may raise, with everything as it was
   Close();
   path_ = wanted;
   std::FILE* const file = path_.IsEmpty() ? nullptr : OpenFile(encoded, OpenMode(flags));
@@ -167,13 +166,16 @@ bool MFileStream::CloseFiles() noexcept {
 }
 
 void MFileStream::ThrowNotOpened(uint32_t flags) const {
-  const MString text =
-      flags & kCreate
-          ? Translate(
-                "File \"{0}\" could not be created. Make sure there is no write-protected file already "
-                "existing.")
-          : Translate("File \"{0}\" could not be open. Make sure it exists.");
-  throw MException(Format(text).Arg(path_).Text(), MErrorCode::kNotOpened);
+  if (flags & kCreate) ThrowNotCreated(path_);
+  throw MException(
+      Format(Translate("File \"{0}\" could not be open. Make sure it exists.")).Arg(path_).Text(),
+      MErrorCode::kNotOpened);
+}
+
+void MFileStream::ThrowNotCreated(const MString& path) {
+  const MString text = Translate(
+      "File \"{0}\" could not be created. Make sure there is no write-protected file already existing.");
+  throw MException(Format(text).Arg(path).Text(), MErrorCode::kNotOpened);
 }
 
 void MFileStream::ThrowWriteError() const {

@@ -1,3 +1,4 @@
+#include "core/MAtomicFile.h"
 #include "core/MFileStream.h"
 #include "core/MHexaStream.h"
 #include "core/MMemoryStream.h"
@@ -39,10 +40,10 @@ void MXMLItem::Save(MStream& stream, bool compact, const MString& encoding) cons
 }
 
 void MXMLItem::SaveFile(const MString& path, bool compact, const MString& encoding) const {
-  MEncoding::FindCodec(encoding);  // before the file is emptied
-  MFileStream file(path, MFileStream::kWrite | MFileStream::kCreate);
+  MEncoding::FindCodec(encoding);  // before a file is emptied
+  MAtomicFile file(path);
   Save(file, compact, encoding);
-  file.Close();
+  file.Commit();
 }
 
 void MXMLItem::StoreBinary(MStream& source, bool isCompressed) {
