@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include "core/MBZIPStream.h"
 #include "core/MFileStream.h"
+#include "core/MMD5Stream.h"
 #include "core/MSizeStream.h"
 #include "core/MTranslate.h"
+#include "core/MZLibStream.h"
 #include "tests/common/Texts.h"
 #include "tests/core/StreamDoubles.h"
 
@@ -60,6 +63,29 @@ TEST(MStreamMessages, AreTranslatedBeforeTheirArgumentsAreFilledIn) {
                    [&] { Put(window, "x"); });
   ExpectTranslated("Seeking operation is forbidden for the size-stream.", "",
                    [&] { window.Seek(0, MSeekOrigin::kStart); });
+}
+
+TEST(MStreamMessages, OfFiltersAreTranslated) {
+  BareStream base;
+  MZLibStream zlib(nullptr, true);
+  MBZIPStream bzip(nullptr, true);
+  ExpectTranslated("Could not initialize deflating.", "", [&] { bzip.Open(&base, true, 1); });
+  ExpectTranslated("ZLIB stream has not been terminated.", "", [&] {
+    zlib.Open(&base, true);
+    zlib.Close();
+  });
+  ExpectTranslated("BZIP2 stream has not been terminated.", "", [&] { MBZIPStream(&base, true); });
+  ForwardStream noise("no compressed data");
+  zlib.Open(&noise, false);
+  const Translated translated("Source compressed stream has invalid content.");
+  EXPECT_EQ(MessageOf([&] { Take(zlib, 1); }),
+            "Invalid file contents. * Source compressed stream has invalid content.");
+}
+
+TEST(MStreamMessages, OfHashesAreTranslated) {
+  MMD5Stream hash;
+  hash.Finish();
+  ExpectTranslated("Cryptographic hash stream has not been initialized.", "", [&] { Put(hash, "x"); });
 }
 
 TEST(MStreamMessages, OfFilesAreTranslatedBeforeTheirPathIsFilledIn) {
