@@ -16,7 +16,7 @@
 // point into the library: a host copies what it keeps beyond the library's life. A host's allocator table
 // (core/MMemory.h) must accept blocks of the C heap, and it, like the event lock, must outlive the library.
 
-#include "plugin/MServiceArguments.h"
+#include "plugin/MModule.h"
 
 using MPluginEntryPoint = MWord M_CALL(void* instance, int32_t service, MServiceArguments* arguments);
 

@@ -21,6 +21,10 @@ class ReportedTexts {
   ReportedTexts& operator=(const ReportedTexts&) = delete;
   ~ReportedTexts() { MSetFatalHook(nullptr); }
 
+  static void Clear() {
+    const std::lock_guard held(mutex);
+    texts.clear();
+  }
   static std::vector<std::string> Get() {
     const std::lock_guard held(mutex);
     return texts;
