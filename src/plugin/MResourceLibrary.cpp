@@ -1,6 +1,8 @@
 #include "plugin/MResourceLibrary.h"
 
 #include <algorithm>
+#include <memory>
+#include <utility>
 
 #include "core/MFileStream.h"
 #include "core/MFormat.h"
@@ -63,6 +65,10 @@ MResourceLibrary::~MResourceLibrary() {
 }
 
 void MResourceLibrary::Load(MStream& stream) {
+  MResourceLibrary old;  // the stream may be one of its items
+  old.resources_.Swap(resources_);
+  std::swap(old.data_, data_);
+  std::swap(old.file_, file_);
   Clear();
   try {
     if (!ReadSmallForm(stream)) Clear();

@@ -78,6 +78,18 @@ TEST_F(MResourceLibraryTest, LoadReadsFromThePositionOnAndReplacesWhatWasThere) 
   EXPECT_EQ(Take(stream, 10), "behind");
 }
 
+TEST_F(MResourceLibraryTest, ItCanBeLoadedFromOneOfItsOwnItems) {
+  const std::string inner = SmallFile(Index(Row("b", 0, 3)), "abc");
+  const LibraryFile file(LargeFile(Index(Row("a", 0, inner.size())), inner));
+  MResourceLibrary library;
+  LoadBytes(library, SmallFile(Index(Row("a", 0, inner.size())), inner));
+  library.Load(library.Find("a"));
+  EXPECT_EQ(Found(library, "b"), "abc");
+  file.LoadInto(library);
+  library.Load(library.Find("a"));
+  EXPECT_EQ(Found(library, "b"), "abc");
+}
+
 TEST_F(MResourceLibraryTest, AStreamThatEndsTooEarlyLeavesItEmptyAndRaisesNothing) {
   const std::string whole = SmallFile(Index(Row("a", 0, 1)), "item");
   for (std::size_t size = 0; size < whole.size(); ++size) {
