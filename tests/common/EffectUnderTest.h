@@ -64,6 +64,22 @@ class EffectUnderTest {
   int32_t GetRowCount() { return GetBlock().parameterCount; }
   MPluginParameter& GetRow(int32_t index) { return GetBlock().parameters[index]; }
 
+  // The value of a row, 0 for one without.
+  double Get(int32_t index) {
+    const MPluginParameter& row = GetRow(index);
+    switch (row.kind) {
+      case MParameterKind::kReal:
+        return MLoadShared(row.real.value);
+      case MParameterKind::kInteger:
+        return MLoadShared(row.integer.value);
+      case MParameterKind::kEnumeration:
+        return MLoadShared(row.enumeration.value);
+      case MParameterKind::kSwitch:
+        return MLoadShared(row.onOff.value);
+      default:
+        return 0;
+    }
+  }
   // Writes a row's value as a host does, without a look at its range; a number is cut to what the row holds.
   void Set(int32_t index, double value) {
     Write(index, value);
