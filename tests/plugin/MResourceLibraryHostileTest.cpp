@@ -63,7 +63,7 @@ TEST_F(MResourceLibraryHostileTest, AFileCutAtAnyByteDoesNoMoreThanRaise) {
 TEST_F(MResourceLibraryHostileTest, AFileChangedAtAnyByteDoesNoMoreThanRaise) {
   for (const std::string& whole : Files())
     for (std::size_t i = 0; i < whole.size(); ++i)
-      for (const int change : {1, 0x80, 0xFF}) {
+      for (const int change : {1, 0xFF}) {
         std::string bytes = whole;
         bytes[i] = static_cast<char>(bytes[i] ^ change);
         Read(bytes);
