@@ -1,8 +1,6 @@
 #pragma once
-#include <array>
 #include <span>
 
-#include "core/MThread.h"
 #include "plugin/MValue.h"
 
 // The names of an enumeration's enumerators, from 0 without a gap; an enumerator that cannot be chosen by
@@ -14,16 +12,6 @@
 //   };
 template <typename E>
 struct MEnumNames;
-
-template <>
-struct MEnumNames<MThread::Priority> {
-  static constexpr std::array<const char*, 7> kNames = [] {
-    std::array<const char*, 7> names = {"", "", "", "", "", "", ""};
-    for (const MThreadPriorityName& row : kThreadPriorityNames)
-      names[static_cast<std::size_t>(row.priority)] = row.name;
-    return names;
-  }();
-};
 
 // What MValueEnum is for every enumeration. The text is the enumerator's name; names are read in any case,
 // and an unknown one is enumerator 0. An enumerator without a name, and a number outside of the table, which

@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 
+#include "plugin/MCoreEnumNames.h"
 #include "tests/plugin/ValueTexts.h"
 
 enum class Weather : int32_t { kSun, kRain, kThunderstorm };
@@ -198,6 +200,39 @@ TEST(MValueEnum, KeepsAPriorityWithoutANameWhenItIsSaved) {
   value.SetText("Normal");
   value.Load(item);
   EXPECT_EQ(value.GetValue(), MThread::Priority::kHigh);
+}
+
+TEST(MValueEnum, ChoosesLanguagesAndCountriesByName) {
+  MValueEnum<MLocale::Language> language;
+  EXPECT_EQ(TextOf(language), "Default");
+  EXPECT_TRUE(language.SetText("czech"));
+  EXPECT_EQ(language.GetValue(), MLocale::Language::kCzech);
+  EXPECT_EQ(language.GetIndexCount(), MLocale::kLanguageCount);
+  MValueEnum<MLocale::Country> country(MLocale::Country::kZimbabwe);
+  EXPECT_EQ(TextOf(country), "Zimbabwe");
+  EXPECT_TRUE(country.SetText("PORTUGAL"));
+  EXPECT_EQ(country.GetValue(), MLocale::Country::kPortugal);
+  EXPECT_EQ(country.FormatAt(0), "Afghanistan");
+}
+
+template <typename E>
+void ExpectEveryNameComesBack() {
+  MValueEnum<E> value;
+  for (int32_t i = 0; i < value.GetIndexCount(); ++i) {
+    value.SetIndex(i);
+    MXMLItem item("item");
+    value.Save(item);
+    value.SetIndex(0);
+    value.Load(item);
+    EXPECT_EQ(static_cast<int32_t>(value.GetValue()), i) << SavedText(value);
+  }
+}
+
+TEST(MValueEnum, ComesBackFromEveryName) {
+  ExpectEveryNameComesBack<Weather>();
+  ExpectEveryNameComesBack<MThread::Priority>();
+  ExpectEveryNameComesBack<MLocale::Language>();
+  ExpectEveryNameComesBack<MLocale::Country>();
 }
 
 }  // namespace
