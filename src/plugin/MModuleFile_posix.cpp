@@ -4,8 +4,8 @@
 #include <link.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
-#include <memory>
 
 #include "core/MPath.h"
 
@@ -37,11 +37,10 @@ void* MGetModuleHandle() noexcept {
 
 MString MGetModulePath() {
   const char* const file = FindOwnFile();
-  const std::unique_ptr<char, decltype(&std::free)> path(realpath(file ? file : "/proc/self/exe", nullptr),
-                                                         &std::free);
+  char path[PATH_MAX];
+  if (!realpath(file ? file : "/proc/self/exe", path)) MThrowNoSystemPath(OSErrorText());
   MString text;
-  if (!path) MThrowNoSystemPath(OSErrorText());
-  if (!MDecodePath(path.get(), text)) {
+  if (!MDecodePath(path, text)) {
     errno = EILSEQ;
     MThrowNoSystemPath(OSErrorText());
   }
