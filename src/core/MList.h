@@ -3,6 +3,7 @@
 // element too many for a fixed array, raise "Index out of range."
 
 #include <algorithm>
+#include <cstring>
 #include <new>
 #include <type_traits>
 #include <utility>
@@ -48,8 +49,17 @@ class MListOperations {
   // Index 0 to the count.
   void Insert(int32_t index, T value) {
     if (index != GetCount()) Checked(index);
-    Add(std::move(value));
-    std::rotate(begin() + index, end() - 1, end());
+    if constexpr (MIsRelocatable<T>) {  // as bytes, many times as fast as by moves
+      static_assert(std::is_nothrow_move_constructible_v<T>);
+      Self().GrowTo(GetCount() + 1);
+      T* const place = begin() + index;
+      std::memmove(static_cast<void*>(place + 1), place, static_cast<std::size_t>(end() - place) * sizeof(T));
+      new (place) T(std::move(value));
+      ++Self().count_;
+    } else {
+      Add(std::move(value));
+      std::rotate(begin() + index, end() - 1, end());
+    }
   }
 
   void Remove(int32_t index) {
