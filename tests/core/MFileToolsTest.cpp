@@ -75,11 +75,9 @@ TEST_F(MFileTools, CreatePathMakesDeepPathsUpToTheLimitOfTheSystem) {
 
 TEST_F(MFileTools, CreatePathWithoutPermissionRaises) {
   fs::create_directory(folder.Path("locked"));
+  ASSERT_EQ(chmod(folder.Path("locked").c_str(), 0500), 0);
   const OrdinaryUser user(folder);
   ASSERT_TRUE(OrdinaryUser::IsInForce());
-  if (chmod(folder.Path("locked").c_str(), 0500) != 0) {
-    // It belongs to root, and so keeps others out.
-  }
   EXPECT_RAISES(CreatePath(Path("locked/a")), "Could not create path \"" + folder.Path("locked/a") + "\".",
                 0);
   EXPECT_NO_THROW(CreatePath(Path("locked")));
