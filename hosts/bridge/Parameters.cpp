@@ -3,18 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
+#include "plugin/MParameterText.h"
+
 namespace bridge {
 
 namespace {
-
-constexpr int32_t kPlainDecimals = 4;
-
-std::string PlainText(const MPluginParameter& row, double value) {
-  if (row.kind == MParameterKind::kReal) return ToUtf8(MString::FromDouble(value, kPlainDecimals));
-  if (row.kind == MParameterKind::kEnumeration && value >= 0 && value < row.enumeration.count)
-    return row.enumeration.choices[static_cast<int32_t>(value)];
-  return ToUtf8(MString::FromDouble(value, 0));
-}
 
 // Whether mark-up begins at this "<": a name follows, or "/" and a name.
 bool IsTag(const std::string& text, std::size_t start) {
@@ -87,10 +80,7 @@ void StoreValue(MPluginParameter& row, double value) noexcept {
 }
 
 std::string GetText(const MPluginParameter& row, double value) {
-  if (!row.formatter) return PlainText(row, value);
-  MString text;
-  row.formatter(text, value, row);
-  return ToUtf8(text);
+  return ToUtf8(MParameterText(row, value));
 }
 
 std::string GetPlainHelp(const MPluginParameter& row) {
