@@ -157,6 +157,7 @@ TEST_P(EffectSuite, TextsOfRowsCanBeTypedBack) {
       const std::optional<double> read = ParseParameterText(row, text);
       ASSERT_TRUE(read) << Utf8(text);
       ASSERT_TRUE(row.kind == MParameterKind::kReal || *read == value) << Utf8(text);
+      ASSERT_NEAR(*read, value, 0.01 * std::abs(ValueAt(row, 1) - ValueAt(row, 0))) << Utf8(text);
       const MString again = MParameterText(row, *read);
       if (again == text) continue;
       // Between two precisions a text may gain or lose a decimal, but its value stays.
