@@ -188,11 +188,17 @@ struct HalfChannels {
   float (*ring)[2];
   int32_t start;
 
+  // The statement keeps the compiler from converting a second time in the next turn.
+  M_FUSED_INLINE static __m256d Widen(__m128 samples) {
+    __m256d wide = _mm256_cvtps_pd(samples);
+    asm("" : "+x"(wide));
+    return wide;
+  }
   M_FUSED_INLINE __m64* GetPlace(int32_t frame) const {
     return reinterpret_cast<__m64*>(ring[(start + frame) & (kLag - 1)]);
   }
   M_FUSED_INLINE __m256d Load(int32_t frame) const {
-    return _mm256_cvtps_pd(_mm_loadh_pi(LoadSamples(left + frame, right + frame), GetPlace(frame)));
+    return Widen(_mm_loadh_pi(LoadSamples(left + frame, right + frame), GetPlace(frame)));
   }
   template <int kSection>
   M_FUSED_INLINE __m256d Take(__m256d y, int32_t frame) const {
@@ -204,7 +210,7 @@ struct HalfChannels {
       _mm_store_ss(leftOut + frame, _mm_movehl_ps(samples, samples));
       _mm_store_ss(rightOut + frame, _mm_shuffle_ps(samples, samples, 3));
     }
-    return _mm256_cvtps_pd(samples);
+    return Widen(samples);
   }
 };
 
