@@ -26,7 +26,12 @@ class Pipeline {
       return;
     }
     Fill<kFill - 1>();
-    for (int32_t i = kFill - 1; i < frames - 1; ++i) Turn<kCount - 1>(i);
+    int32_t i = kFill - 1;
+    for (; i < frames - 2; i += 2) {
+      Turn<kCount - 1>(i);
+      Turn<kCount - 1>(i + 1);
+    }
+    if (i < frames - 1) Turn<kCount - 1>(i);
     Drain<kFill - 1>(frames - 1);
   }
 
