@@ -87,12 +87,8 @@ void MSignalGenerator::Rebuild() noexcept {
 }
 
 // The part of a phase behind its floor.
-double MSignalGenerator::FarFraction(double phase) noexcept {
+double MSignalGenerator::Fraction(double phase) noexcept {
   return std::isfinite(phase) ? phase - std::floor(phase) : 0;
-}
-
-void MSignalGenerator::Read(double* values, double phase, double step, int32_t count) const noexcept {
-  for (int32_t i = 0; i < count; ++i) values[i] = Read(table_, phase + i * step);
 }
 
 void MSignalGenerator::Save(MXMLItem& item) const {
