@@ -209,6 +209,19 @@ TEST(MAudioFFTProcessorCrossFade, HistoryAndTailCountAsLoudOnTheirOwn) {
   EXPECT_TRUE(chain.processor.IsTailSilent());
 }
 
+TEST(MAudioFFTProcessorCrossFade, SamplesThatAreNotUsedAgainDoNotCountAsLoud) {
+  Chain chain(1, 64, nullptr);
+  const std::vector<float> loud(32, 0.5f);
+  const float* const in[] = {loud.data()};
+  chain.source.Append(nullptr, 64);
+  chain.source.Append(in, 32);
+  chain.source.Append(nullptr, 32);
+  chain.processor.Run();
+  EXPECT_FALSE(chain.processor.IsTailSilent());
+  chain.destination.Clear();
+  EXPECT_TRUE(chain.processor.IsTailSilent());
+}
+
 TEST(MAudioFFTProcessorCrossFade, AfterAResetItRunsAsANewOne) {
   const std::vector<float> in = NoiseSamples(1000);
   Chain chain(1, 64, nullptr);
