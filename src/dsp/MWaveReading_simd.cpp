@@ -1,5 +1,6 @@
 #include "dsp/MWaveReading.h"
 
+#include "dsp/MProcessor.h"
 #include "dsp/MSignalGenerator.h"
 
 #if defined(__SSE2__)
@@ -79,7 +80,7 @@ void MWaveReading::ReadPairs(const float* table, double* values, double start, d
 }
 
 MWaveReading::Path MWaveReading::GetWidePath() noexcept {
-  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") ? ReadWide : nullptr;
+  return MHasAVX2() ? ReadWide : nullptr;
 }
 
 #else
