@@ -1,5 +1,6 @@
 // The large form, and files of either.
 
+#include "tests/common/Descriptors.h"
 #include "tests/common/Texts.h"
 #include "tests/plugin/ResourceFiles.h"
 
@@ -247,6 +248,20 @@ TEST_F(MResourceLibraryLargeTest, AFileThatCannotBeOpenedLeavesTheLibraryAsItWas
   EXPECT_RAISES(library.LoadFile("/no/such.mrf"),
                 "File \"/no/such.mrf\" could not be open. Make sure it exists.", 257);
   EXPECT_EQ(Found(library, "a"), "abc");
+}
+
+TEST_F(MResourceLibraryLargeTest, TheFileStaysOpenUntilTheLibraryIsEmptied) {
+  const auto countOpen = [this] { return DescriptorsOf(file.path).size(); };
+  file.Write(LargeFile(Index(Row("a", 0, 3)), "abc"));
+  file.LoadInto(library);
+  EXPECT_EQ(countOpen(), 1u);
+  library.Clear();
+  EXPECT_EQ(countOpen(), 0u);
+  ExpectRefused(std::string(28, '\0'), kCorrupt);
+  EXPECT_EQ(countOpen(), 0u);
+  file.Write(SmallFile(Index(Row("a", 0, 3)), "abc"));
+  file.LoadInto(library);
+  EXPECT_EQ(countOpen(), 0u);
 }
 
 TEST_F(MResourceLibraryLargeTest, LoadingAgainReplacesWhatWasThere) {
