@@ -92,14 +92,14 @@ void MMLParser<Attribute, Attributes>::Run(MXMLScanner& scanner) {
 // The Read functions return true when the parse is to stop.
 template <typename Attribute, typename Attributes>
 bool MMLParser<Attribute, Attributes>::ReadText() {
-  start_ = scanner_->GetPosition();
+  scanner_->Mark();
   const MString text = TextOf(scanner_->ReadUntil([](MChar unit) { return unit == u'<'; }));
   return !text.IsEmpty() && OnText(text);
 }
 
 template <typename Attribute, typename Attributes>
 bool MMLParser<Attribute, Attributes>::ReadTag() {
-  start_ = scanner_->GetPosition();
+  scanner_->Mark();
   scanner_->Next();
   switch (scanner_->Peek()) {
     case u'?':

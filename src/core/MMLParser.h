@@ -40,7 +40,7 @@ class MMLParser : public MObject {
   explicit MMLParser(bool lenient = false) noexcept : isLenient_(lenient) {}
 
   // For the operations: a syntax error at the start of the tag or text that they were called for.
-  [[noreturn]] void Fail(const char* message) const { FailAt(message, start_); }
+  [[noreturn]] void Fail(const char* message) const { FailAt(message, scanner_->GetMark()); }
 
  private:
   struct SilentEnd {};
@@ -67,7 +67,6 @@ class MMLParser : public MObject {
   MXMLTextCache* names_ = nullptr;
   MXMLTextCache* values_ = nullptr;
   Attributes attributes_;
-  MXMLPosition start_;
   MXMLPosition position_;
 };
 

@@ -58,6 +58,9 @@ class MXMLScanner {
   bool ReadThrough(MChar mark, int32_t count, MString* content, int32_t limit = MString::kWhole);
 
   MXMLPosition GetPosition() noexcept;
+  // Marks the position, whose lines are counted only when GetMark asks where it was.
+  void Mark() noexcept { mark_ = position_; }
+  const MXMLPosition& GetMark() noexcept;
 
   static constexpr bool IsBlank(int32_t unit) noexcept { return unit <= 32; }
   // The characters that end a name beside blanks: < > " / ! =
@@ -72,7 +75,7 @@ class MXMLScanner {
 
  private:
   bool Refill();
-  void CountLines() noexcept;
+  void CountLines(int32_t to) noexcept;
 
   MEncoding::Reader reader_;
   MString gathered_;  // what ReadUntil gives when it lies across the buffer's end
@@ -80,6 +83,8 @@ class MXMLScanner {
   int32_t fill_ = 0;
   int32_t counted_ = 0;  // where `place_` is
   MXMLPosition place_;
+  int32_t mark_ = -1;  // -1 once `markPlace_` is where it was
+  MXMLPosition markPlace_;
   MChar buffer_[kBufferSize];
 };
 

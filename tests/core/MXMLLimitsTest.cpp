@@ -1,5 +1,7 @@
 // Hostile sizes, and memory that runs out.
 
+#include <malloc.h>
+
 #include <memory>
 
 #include "core/MXMLItem.h"
@@ -97,6 +99,55 @@ TEST_F(MXMLLimitsTest, NamesAndShortValuesOfADocumentAreShared) {
   EXPECT_EQ(first.GetName().GetData(), second.GetName().GetData());
   EXPECT_EQ(first.GetAttributes()[0].name.GetData(), second.GetAttributes()[0].name.GetData());
   EXPECT_EQ(first.GetAttributes()[0].value.GetData(), second.GetAttributes()[0].value.GetData());
+}
+
+// While it lives: how much memory is held, in blocks as an allocator hands them out, with their heads.
+class HeldMemory {
+ public:
+  HeldMemory() : before_(MGetLibraryFunctions()) {
+    held = 0;
+    MSetLibraryFunctions({Allocate, Release, Reallocate, nullptr, nullptr});
+  }
+  HeldMemory(const HeldMemory&) = delete;
+  HeldMemory& operator=(const HeldMemory&) = delete;
+  ~HeldMemory() { MSetLibraryFunctions(before_); }
+
+  static inline double held = 0;
+
+ private:
+  static double SizeOf(void* block) {
+    return block ? static_cast<double>(std::max<std::size_t>(32, (malloc_usable_size(block) + 23) / 16 * 16))
+                 : 0;
+  }
+  static void* M_CALL Allocate(std::size_t size) { return Reallocate(nullptr, size); }
+  static void M_CALL Release(void* block) {
+    held -= SizeOf(block);
+    std::free(block);
+  }
+  static void* M_CALL Reallocate(void* block, std::size_t size) {
+    held -= SizeOf(block);
+    block = std::realloc(block, size);
+    held += SizeOf(block);
+    return block;
+  }
+
+  MLibraryFunctions before_;
+};
+
+// Bytes of memory for each piece, of which the document has a power of two.
+double MemoryOfEach(const std::string& piece) {
+  constexpr int kCount = 1 << 16;
+  const HeldMemory memory;
+  MXMLItem item;
+  LoadText(item, "<a>" + Repeated(piece, kCount) + "</a>");
+  return memory.held / kCount;
+}
+
+TEST_F(MXMLLimitsTest, ADocumentOfSmallElementsTakesAtMostTenTimesItsText) {
+  for (const std::string piece :
+       {"  <point/>\n", "<point x=\"0.5\"/>", "  <p x=\"0\" y=\"1\"/>\n", "  <b>some text</b>\n"})
+    EXPECT_LE(MemoryOfEach(piece), 10 * static_cast<double>(piece.size())) << piece;
+  EXPECT_LE(MemoryOfEach("<a/>"), 96);
 }
 
 TEST_F(MXMLLimitsTest, RandomBytesNeverDoMoreThanRaise) {

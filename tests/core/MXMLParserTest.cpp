@@ -243,4 +243,26 @@ TEST_F(MXMLParserTest, ItsPositionIsWhereTheParseEnded) {
   EXPECT_EQ(parser.GetPosition().column, 5);
 }
 
+TEST_F(MXMLParserTest, AFailureIsToldAtTheStartOfItsTagHoweverFarTheTagReaches) {
+  for (const int blanks : {0, 1, 1000, 1015, 1016, 1017, 1018, 1019, 1020, 1021, 2500})
+    for (const int within : {0, 1, 1023, 1024, 5000}) {
+      const std::string text = "<a>\n\n" + std::string(static_cast<std::size_t>(blanks), ' ') + "</b" +
+                               std::string(static_cast<std::size_t>(within), '\n') + ">";
+      EXPECT_EQ(FailureOf(text), "Invalid file contents. Invalid closing element name.|256|line 3, column " +
+                                     std::to_string(blanks + 1));
+    }
+}
+
+TEST_F(MXMLParserTest, NamesOfEveryLengthThatDifferInOneUnitAreKeptApart) {
+  std::string text = "<r>";
+  for (std::size_t length = 1; length < 40; ++length)
+    for (std::size_t place = 0; place < length; ++place) {
+      std::string name(length, 'x');
+      name[place] = 'y';
+      text += "<" + name + " " + name + "=\"" + name + "\"/>";
+    }
+  text += "</r>";
+  EXPECT_EQ(Reread(text), text);
+}
+
 }  // namespace
