@@ -6,7 +6,7 @@
 #include "core/MConsoleStream.h"
 #include "core/MEncoding.h"
 #include "core/MMemoryStream.h"
-#include "plugin/MResourceLibrary.h"
+#include "resources/MResourceLibrary.h"
 #include "plugin/MServiceArguments.h"
 
 class MDLL;

@@ -1,7 +1,7 @@
 // The large form, and files of either.
 
 #include "tests/common/Texts.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 
