@@ -3,18 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/MEncoding.h"
+#include "plugin/MParameterText.h"
+
 namespace bridge {
 
 namespace {
-
-constexpr int32_t kPlainDecimals = 4;
-
-std::string PlainText(const MPluginParameter& row, double value) {
-  if (row.kind == MParameterKind::kReal) return ToUtf8(MString::FromDouble(value, kPlainDecimals));
-  if (row.kind == MParameterKind::kEnumeration && value >= 0 && value < row.enumeration.count)
-    return row.enumeration.choices[static_cast<int32_t>(value)];
-  return ToUtf8(MString::FromDouble(value, 0));
-}
 
 // Whether mark-up begins at this "<": a name follows, or "/" and a name.
 bool IsTag(const std::string& text, std::size_t start) {
@@ -87,10 +81,11 @@ void StoreValue(MPluginParameter& row, double value) noexcept {
 }
 
 std::string GetText(const MPluginParameter& row, double value) {
-  if (!row.formatter) return PlainText(row, value);
-  MString text;
-  row.formatter(text, value, row);
-  return ToUtf8(text);
+  return ToUtf8(MParameterText(row, value));
+}
+
+std::optional<double> ReadText(const MPluginParameter& row, std::string_view text) {
+  return ParseParameterText(row, FromUtf8(text));
 }
 
 std::string GetPlainHelp(const MPluginParameter& row) {
@@ -109,6 +104,10 @@ std::string GetPlainHelp(const MPluginParameter& row) {
 std::string ToUtf8(const MString& text) {
   const MBytes bytes = EncodeNarrow(text);
   return std::string(bytes.GetText(), static_cast<std::size_t>(bytes.GetSize() - 1));
+}
+
+MString FromUtf8(std::string_view text) {
+  return MEncoding::UTF8Codec::Get().Decode(text.data(), static_cast<int32_t>(text.size()));
 }
 
 }  // namespace bridge

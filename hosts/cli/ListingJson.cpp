@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "hosts/cli/Listing.h"
+#include "resources/MResourceLibrary.h"
 
 namespace cli {
 
@@ -45,6 +46,13 @@ std::string ParametersAsJson(const bridge::Plugin& plugin) {
     list.push_back(json);
   }
   return Print(list);
+}
+
+std::string ResourcesAsJson(const MResourceLibrary& library) {
+  Json resources = Json::array();
+  for (const MResource* const resource : library.GetResources())
+    resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
+  return Print({{"kind", "resources"}, {"resources", resources}});
 }
 
 }  // namespace cli
