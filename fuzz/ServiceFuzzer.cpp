@@ -3,7 +3,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "core/MException.h"
-#include "tests/common/EffectUnderTest.h"
+#include "fuzz/StateFuzzing.h"
 
 namespace {
 
@@ -44,13 +44,15 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size) {
   int32_t channels = 0;
   for (int32_t calls = 0; calls < 60 && data.remaining_bytes() > 0; ++calls) {
     try {
-      const auto what = data.ConsumeIntegralInRange(0, 5);
+      const auto what = data.ConsumeIntegralInRange(0, 7);
       const int32_t row = data.ConsumeIntegral<uint8_t>() % std::max(effect.GetRowCount(), 1);
       if (what == 0) Prepare(data, effect, channels);
       if (what == 1) CallAny(data, effect);
       if (what == 2) effect.SetBits(row, data.ConsumeIntegral<uint64_t>());
       if (what == 3) effect.Set(row, data.ConsumeFloatingPointInRange(-1.0, 2.0));
-      if (what >= 4) Process(data, effect, channels);
+      if (what == 4 || what == 5) Process(data, effect, channels);
+      if (what == 6) LoadState(data, effect);
+      if (what == 7) Command(data, effect);
     } catch (const MException&) {
     }
   }

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "plugin/MParameterFormatters.h"
+
 namespace {
 
 constexpr double kMaximumDelaySeconds = 0.5;  // of the table
@@ -32,12 +34,12 @@ EcholanAudioEffectPlugin::EcholanAudioEffectPlugin() {
       rows_[kFeedback], "Feedback", "feedback",
       "<name>Feedback</name> determines how much of the signal is returned to the input after the delay "
       "time.",
-      0.0, 0.8, 0.4);
+      0.0, 0.8, 0.4, MString(), MShowSquaredDecibels);
   AddRealParameter(
       rows_[kDelay], "Delay", "delay",
       "<name>Delay</name> determines how long it takes to pass the signal from the output back to the "
       "input, thus how long it takes to the sound to be played again.",
-      0.0, kMaximumDelaySeconds, 0.1);
+      0.0, kMaximumDelaySeconds, 0.1, MString(), MShowMilliseconds);
   SetParameters(rows_);
 }
 

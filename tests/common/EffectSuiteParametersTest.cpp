@@ -8,7 +8,9 @@
 #include <set>
 #include <span>
 
+#include "plugin/MParameterText.h"
 #include "tests/common/EffectSuite.h"
+#include "tests/common/TestRandom.h"
 #include "tests/common/Texts.h"
 
 namespace {
@@ -46,6 +48,20 @@ std::string Describe(const MPluginParameter& row) {
       return join(0, 1, row.onOff.defaultValue);
     default:
       return join(0, 0, 0);
+  }
+}
+
+// A value of the row's range, whole where the row is whole; 0 is the minimum, 1 the maximum.
+double ValueAt(const MPluginParameter& row, double position) {
+  switch (row.kind) {
+    case MParameterKind::kReal:
+      return row.real.minimum + position * (row.real.maximum - row.real.minimum);
+    case MParameterKind::kInteger:
+      return std::round(row.integer.minimum + position * (row.integer.maximum - row.integer.minimum));
+    case MParameterKind::kEnumeration:
+      return std::round(position * (row.enumeration.count - 1));
+    default:
+      return std::round(position);
   }
 }
 
@@ -124,6 +140,30 @@ TEST_P(EffectSuite, RowsStartAtTheirDefaultWithinTheirRange) {
         break;
       default:
         ADD_FAILURE() << "a row without a kind";
+    }
+  }
+}
+
+TEST_P(EffectSuite, TextsOfRowsCanBeTypedBack) {
+  EffectUnderTest effect(GetParam());
+  TestRandom random;
+  for (int32_t i = 0; i < effect.GetRowCount(); ++i) {
+    const MPluginParameter& row = effect.GetRow(i);
+    if (row.kind == MParameterKind::kPanel) continue;
+    SCOPED_TRACE(Utf8(row.key));
+    for (int run = 0; run < 1000; ++run) {
+      const double value = ValueAt(row, random.Real(0, 1));
+      const MString text = MParameterText(row, value);
+      const std::optional<double> read = ParseParameterText(row, text);
+      ASSERT_TRUE(read) << Utf8(text);
+      ASSERT_TRUE(row.kind == MParameterKind::kReal || *read == value) << Utf8(text);
+      ASSERT_NEAR(*read, value, 0.01 * std::abs(ValueAt(row, 1) - ValueAt(row, 0))) << Utf8(text);
+      const MString again = MParameterText(row, *read);
+      if (again == text) continue;
+      // Between two precisions a text may gain or lose a decimal, but its value stays.
+      const std::optional<double> readAgain = ParseParameterText(row, again);
+      ASSERT_TRUE(readAgain) << Utf8(again);
+      ASSERT_NEAR(*readAgain, *read, 1e-9 * std::abs(*read) + 1e-12) << Utf8(text) << ", " << Utf8(again);
     }
   }
 }

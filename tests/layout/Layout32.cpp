@@ -95,4 +95,29 @@ EXPECT_WIDTH(MPluginParameter::Switch, value, 4);
 EXPECT_AT(MPluginParameter, panel.zero, 64, 96);
 EXPECT_AT(MPluginParameter, panel.open, 68, 104);
 
+EXPECT_SIZE(MLibraryFunctions, 20, 40);
+EXPECT_SIZE(MLibraryRecord, 20, 32);
+EXPECT_AT(MLibraryRecord, functions, 0, 0);
+EXPECT_AT(MLibraryRecord, lock, 4, 8);
+EXPECT_AT(MLibraryRecord, name, 8, 16);
+
+EXPECT_SIZE(MNamedService, 8, 16);
+EXPECT_AT(MNamedService, name, 0, 0);
+EXPECT_AT(MNamedService, function, 4, 8);
+
+// Hosts read a module in place. It has a base with virtual operations: gcc and clang lay it out all the same.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+constexpr std::size_t kResourcesEnd = (kIs32 ? 28 : 40) + sizeof(MResourceLibrary);
+EXPECT_AT(MModule, name, 4, 8);
+EXPECT_AT(MModule, title, 16, 24);
+EXPECT_AT(MModule, resources, 28, 40);
+EXPECT_AT(MModule, globalData, kResourcesEnd, kResourcesEnd);
+EXPECT_AT(MModule, reserved, kResourcesEnd + 16, kResourcesEnd + 24);
+EXPECT_AT(MModule, services, kResourcesEnd + 20, kResourcesEnd + 32);
+EXPECT_AT(MModule, serviceCount, kResourcesEnd + 20 + 64 * 8, kResourcesEnd + 32 + 64 * 16);
+EXPECT_WIDTH(MModule, reserved, 4);
+EXPECT_WIDTH(MModule, serviceCount, 4);
+#pragma GCC diagnostic pop
+
 }  // namespace

@@ -228,9 +228,11 @@ TEST(ParseParameterText, ReadsWhatAnyRowShows) {
                                               RealRow(-3, 9)};
   for (int i = 0; i < 100000; ++i) {
     const MPluginParameter& row = rows[static_cast<std::size_t>(i) % rows.size()];
-    const MString text = MParameterText(row, random.Real(row.real.minimum, row.real.maximum));
+    const double value = random.Real(row.real.minimum, row.real.maximum);
+    const MString text = MParameterText(row, value);
     const std::optional<double> read = ParseParameterText(row, text);
     ASSERT_TRUE(read) << Utf8(text);
+    ASSERT_NEAR(*read, value, 0.006 * std::abs(value) + 0.0051) << Utf8(text);  // half of the last decimal
     const MString again = MParameterText(row, *read);
     if (again == text) continue;
     // At a limit of two precisions the text may gain or lose a decimal, but its value stays.
