@@ -57,7 +57,7 @@ CLI::Option* AddName(CLI::App& command, const char* name, std::string& target, c
 }
 
 // What a plug-in is to begin with.
-void AddValues(CLI::App& command, std::string& state, std::vector<std::string>& settings) {
+void AddValues(CLI::App& command, std::optional<std::string>& state, std::vector<std::string>& settings) {
   command
       .add_option("--state", state,
                   "Load a state as \"sonvelle state\" prints it. What it does not tell gets its default.")
@@ -102,7 +102,7 @@ void Parser::AddParams() {
       "params", "List the parameters of a plug-in: key, name, kind, range, default, its display text, help.");
   AddName(params, "NAME", params_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
   params.add_flag("--json", params_.json,
-                  "Print JSON: key, name, kind, range, default, text, help, choices.");
+                  "Print JSON: key, name, kind, range, rangeText, default, text, help, choices.");
 }
 
 void Parser::AddRender() {

@@ -18,7 +18,7 @@ struct ParamsArguments {
 
 struct StateArguments {
   std::string plugin;
-  std::string state;                  // file to start from, empty for none
+  std::optional<std::string> state;   // file to start from
   std::vector<std::string> settings;  // "key=value", as typed
 };
 
@@ -32,7 +32,7 @@ struct RenderArguments {
   std::string effect;
   std::string input;
   std::string output;
-  std::string state;                  // file, empty for none
+  std::optional<std::string> state;   // file
   std::vector<std::string> settings;  // "key=value", as typed
   int32_t blockFrames = 512;
   std::optional<double> tailSeconds = 0;  // none: until the effect is silent

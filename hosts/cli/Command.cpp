@@ -75,8 +75,8 @@ struct Run {
     bridge::Plugin plugin(RequirePlugin(plugins, arguments.plugin).entryPoint);
     const std::vector<Setting> settings = ReadSettings(plugin, arguments.plugin, arguments.settings);
     MXMLItem state;
-    if (!arguments.state.empty()) {
-      ReadState(arguments.state, arguments.plugin, state);
+    if (arguments.state) {
+      ReadState(*arguments.state, arguments.plugin, state);
       plugin.LoadState(state);
     }
     for (const Setting& setting : settings) plugin.SetValue(setting.index, setting.value);

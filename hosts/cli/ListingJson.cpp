@@ -37,6 +37,8 @@ std::string ParametersAsJson(const bridge::Plugin& plugin) {
     json["name"] = bridge::ToUtf8(row.name);
     json["kind"] = KindName(row.kind);
     json["range"] = Json::array({Number(row, range.minimum), Number(row, range.maximum)});
+    json["rangeText"] =
+        Json::array({bridge::GetText(row, range.minimum), bridge::GetText(row, range.maximum)});
     json["default"] = Number(row, range.defaultValue);
     json["text"] = bridge::GetText(row, range.defaultValue);
     json["help"] = bridge::ToUtf8(row.help);

@@ -74,15 +74,14 @@ EffectRender::Levels RenderFile(bridge::Plugin& effect, MXMLItem* state, const s
 void Render(const bridge::PluginType& type, const RenderArguments& arguments) {
   if (type.kind != bridge::PluginKind::kEffect)
     throw Failure(ExitCode::kUsage, arguments.effect + " is no effect");
-  for (const std::string& source : {arguments.input, arguments.state})
+  for (const std::string& source : {arguments.input, arguments.state.value_or("")})
     if (IsSameFile(source, arguments.output))
       throw Failure(ExitCode::kUsage, source + " and " + arguments.output + " are the same file");
   bridge::Plugin effect(type.entryPoint);
   const std::vector<Setting> settings = ReadSettings(effect, arguments.effect, arguments.settings);
   MXMLItem state;
-  if (!arguments.state.empty()) ReadState(arguments.state, arguments.effect, state);
-  WarnOf(RenderFile(effect, arguments.state.empty() ? nullptr : &state, settings, arguments),
-         arguments.output);
+  if (arguments.state) ReadState(*arguments.state, arguments.effect, state);
+  WarnOf(RenderFile(effect, arguments.state ? &state : nullptr, settings, arguments), arguments.output);
 }
 
 }  // namespace cli
