@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -27,11 +28,19 @@ bool MakeFolder(const MString& path) {
   return FolderExists(path) || mkdir(MEncodePath(path).GetText(), 0777) == 0 || FolderExists(path);
 }
 
+// Whether both paths are one entry of a folder, for instance in upper and lower case where the disk is blind
+// for it. A link is not what it leads to: renamed to that it would replace it and lead to itself.
+bool IsSameEntry(const char* left, const char* right) noexcept {
+  struct stat a, b;
+  if (lstat(left, &a) != 0 || lstat(right, &b) != 0 || a.st_dev != b.st_dev || a.st_ino != b.st_ino)
+    return false;
+  return S_ISDIR(a.st_mode) || a.st_nlink == 1 || std::strcmp(left, right) == 0;
+}
+
 // Renames without replacing what stands there.
 bool MoveFile(const char* from, const char* to) noexcept {
   if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
-  // Another way of writing the same name, for instance in upper case where the disk is blind for it.
-  if (errno == EEXIST) return IsSameFile(from, to) && std::rename(from, to) == 0;
+  if (errno == EEXIST) return IsSameEntry(from, to) && std::rename(from, to) == 0;
   if (errno != EINVAL && errno != ENOSYS) return false;
   struct stat info;  // a kind of disk that cannot look and rename in one step
   return lstat(to, &info) != 0 && errno == ENOENT && std::rename(from, to) == 0;

@@ -122,6 +122,23 @@ TEST_F(MFileTools, RenameToItselfKeepsTheFile) {
   EXPECT_EQ(folder.ReadFile("file"), "abc");
 }
 
+TEST_F(MFileTools, RenameReplacesNoOtherNameOfTheSameFile) {
+  folder.WriteFile("file", "abc");
+  fs::create_symlink("file", folder.Path("link"));
+  fs::create_hard_link(folder.Path("file"), folder.Path("second"));
+  CreatePath(Path("sub"));
+  fs::create_directory_symlink("sub", folder.Path("sublink"));
+  const std::pair<const char*, const char*> names[] = {
+      {"link", "file"}, {"file", "link"}, {"file", "second"}, {"sub", "sublink"}, {"sublink", "sub"}};
+  for (const auto& [from, to] : names)
+    EXPECT_RAISES(RenameFile(Path(from), Path(to)),
+                  "Could not rename file \"" + folder.Path(from) + "\" to \"" + folder.Path(to) + "\".", 0);
+  EXPECT_TRUE(fs::is_symlink(folder.Path("link")) && fs::is_symlink(folder.Path("sublink")));
+  EXPECT_EQ(folder.ReadFile("file"), "abc");
+  EXPECT_TRUE(Exists("second"));
+  EXPECT_TRUE(fs::is_directory(fs::symlink_status(folder.Path("sub"))));
+}
+
 TEST_F(MFileTools, RenameOfNothingOrIntoAMissingFolderRaises) {
   folder.WriteFile("file", "abc");
   EXPECT_RAISES(RenameFile(Path("none"), Path("x")),

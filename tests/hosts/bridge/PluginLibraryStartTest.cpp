@@ -15,7 +15,7 @@
 
 namespace {
 
-class LibraryStart : public testing::Test {
+class PluginLibraryStart : public testing::Test {
  protected:
   DataFolder data_;
 };
@@ -30,7 +30,7 @@ Function* Find(const char* library, const char* name) {
   return function;
 }
 
-TEST_F(LibraryStart, HappensOnceBeforeAnyPluginAndWithTheProgramsOwnAllocatorAndLock) {
+TEST_F(PluginLibraryStart, HappensOnceBeforeAnyPluginAndWithTheProgramsOwnAllocatorAndLock) {
   const bridge::PluginLibrary library(SONVELLE_NOTING_MODULE);
   ASSERT_EQ(library.GetPlugins().size(), 1u);
   EXPECT_RAISES(bridge::Plugin(library.GetPlugins()[0].entryPoint), "The plug-in could not be made.",
@@ -42,7 +42,7 @@ TEST_F(LibraryStart, HappensOnceBeforeAnyPluginAndWithTheProgramsOwnAllocatorAnd
   EXPECT_EQ(Find<MLock*()>(SONVELLE_NOTING_MODULE, "GetLock")(), &MGetEventLock());
 }
 
-TEST_F(LibraryStart, IsNoConditionForPluginsButForServices) {
+TEST_F(PluginLibraryStart, IsNoConditionForPluginsButForServices) {
   const bridge::PluginLibrary library(SONVELLE_FAKE_LIBRARY);  // has no initialiser
   ASSERT_EQ(library.GetPlugins().size(), 1u);
   bridge::Plugin plugin(library.GetPlugins()[0].entryPoint);
@@ -55,7 +55,7 @@ TEST_F(LibraryStart, IsNoConditionForPluginsButForServices) {
 std::atomic<int64_t> blocks;
 std::atomic<int64_t> allocations;
 
-TEST_F(LibraryStart, LetsTheLibraryTakeItsMemoryFromTheProgramsTable) {
+TEST_F(PluginLibraryStart, LetsTheLibraryTakeItsMemoryFromTheProgramsTable) {
   const MLibraryFunctions before = MGetLibraryFunctions();
   MLibraryFunctions counting = before;
   counting.allocate = [](std::size_t size) -> void* {
@@ -89,7 +89,7 @@ TEST_F(LibraryStart, LetsTheLibraryTakeItsMemoryFromTheProgramsTable) {
   EXPECT_EQ(left, 0);
 }
 
-TEST_F(LibraryStart, EndsWithTheObjectAndSavesTheSettings) {
+TEST_F(PluginLibraryStart, EndsWithTheObjectAndSavesTheSettings) {
   {
     const bridge::PluginLibrary library(SONVELLE_LIBRARY);
     EXPECT_FALSE(data_.Has("SonvelleConfiguration.cfg"));
@@ -98,7 +98,7 @@ TEST_F(LibraryStart, EndsWithTheObjectAndSavesTheSettings) {
   EXPECT_EQ(dlopen(SONVELLE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }
 
-TEST_F(LibraryStart, OffersServicesByTheirNames) {
+TEST_F(PluginLibraryStart, OffersServicesByTheirNames) {
   const bridge::PluginLibrary library(SONVELLE_LIBRARY);
   MServiceArguments none, name(MAsWord("Dark"));
   EXPECT_EQ(library.Invoke("Unknown", none), -1);
@@ -106,7 +106,7 @@ TEST_F(LibraryStart, OffersServicesByTheirNames) {
   EXPECT_EQ(library.Invoke("MWindowsCreateStyle", name), 0);
 }
 
-TEST_F(LibraryStart, RegistersThePluginsUnderTheAbsolutePathOfTheLibrary) {
+TEST_F(PluginLibraryStart, RegistersThePluginsUnderTheAbsolutePathOfTheLibrary) {
   const bridge::PluginLibrary library(std::filesystem::relative(SONVELLE_LIBRARY));
   const std::vector<std::string> files = library.Register();
   EXPECT_EQ(files,
@@ -119,7 +119,7 @@ TEST_F(LibraryStart, RegistersThePluginsUnderTheAbsolutePathOfTheLibrary) {
             std::string::npos);
 }
 
-TEST_F(LibraryStart, LetsAFailedRegistrationPass) {
+TEST_F(PluginLibraryStart, LetsAFailedRegistrationPass) {
   const bridge::PluginLibrary library(SONVELLE_LIBRARY);
   std::filesystem::remove_all(data_.GetFolder().GetPath() / "Tessaron");
   data_.GetFolder().WriteFile("Tessaron", "no folder");
@@ -131,7 +131,7 @@ TEST_F(LibraryStart, LetsAFailedRegistrationPass) {
   }
 }
 
-TEST_F(LibraryStart, RefusesToRegisterAPathThatIsNoText) {
+TEST_F(PluginLibraryStart, RefusesToRegisterAPathThatIsNoText) {
   const TemporaryFolder folder;
   const std::string copy = folder.Path("\xff.so");
   std::filesystem::copy_file(SONVELLE_LIBRARY, copy);
