@@ -130,6 +130,10 @@ void Parser::AddState() {
   CLI::App& state = *app_.add_subcommand("state", "Print the state that a plug-in would save, as XML.");
   AddName(state, "NAME", state_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
   AddValues(state, state_.state, state_.settings);
+  state.footer(
+      "The root \"state\" has the attribute \"plugin\", the plug-in's name. \"--state\" refuses a state of "
+      "another "
+      "plug-in.");
 }
 
 void Parser::AddInfo() {

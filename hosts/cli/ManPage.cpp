@@ -1,6 +1,6 @@
 #include "hosts/cli/ManPage.h"
 
-#include <algorithm>
+#include <iterator>
 
 #include "hosts/cli/Failure.h"
 
@@ -76,6 +76,7 @@ std::string Commands(const std::vector<CommandHelp>& commands) {
         ".SS " + Escape(command.name) + "\n" + Synopsis(command) + ".PP\n" + Escape(command.summary) + "\n";
     for (const CommandHelp::Word& word : command.words)
       text += ".TP\n" + Term(word) + "\n" + Escape(word.text) + "\n";
+    if (!command.notes.empty()) text += ".PP\n" + Escape(command.notes) + "\n";
   }
   return text;
 }
@@ -116,11 +117,6 @@ std::string MakeManPage(const std::string& summary, const std::vector<CommandHel
   page += Bold("sonvelle --version") + "\n";
   page += Section("DESCRIPTION") + Escape(summary) + "\n";
   page += Commands(commands);
-  std::string notes;
-  for (const CommandHelp& command : commands)
-    if (const std::string line = command.notes.substr(0, command.notes.find('\n')); notes.empty())
-      notes = line;
-  if (!notes.empty()) page += Section("NOTES") + Escape(notes) + "\n";
   return page + ExitStatus() + Files() + Examples();
 }
 

@@ -24,7 +24,8 @@ class ManPage(CommandCase):
             self.assertIn(f"\n.SS {command}\n\\fBsonvelle {command}\\fR", page)
             for option in re.findall(r"^  (--\w+)", self.succeed("help", command), re.M):
                 self.assertIn(f"\\fB{option}\\fR", page)
-        for section in ("NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "NOTES", "EXIT STATUS", "FILES", "EXAMPLES"):
+        self.assertIn("\nFile names that begin with", page)
+        for section in ("NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "EXIT STATUS", "FILES", "EXAMPLES"):
             self.assertIn(f"\n.SH {section}\n", page)
 
     @unittest.skipUnless(shutil.which("groff"), "no groff")
