@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "core/MAtomicFile.h"
-#include "core/MFileTools.h"
 #include "core/MGuard.h"
 #include "core/MPath.h"
 #include "core/MSystemPath.h"
@@ -35,7 +34,6 @@ SonvelleConfiguration::~SonvelleConfiguration() {
 
 void SonvelleConfiguration::Save() {
   root.SetAttribute("SamplePathCustom", samplePathCustom);
-  CreatePath(GetSystemPath(MSystemPath::kData));
   MAtomicFile file(file_);
   root.Save(file);
   file.Commit();

@@ -136,15 +136,19 @@ TEST_F(MDLLTest, WithoutAModuleOfItsOwnTheCallerLoadsPlainly) {
   EXPECT_EQ(dll.module, nullptr);
 }
 
-// The allocator fails at each of its calls in turn, in the library that is being loaded.
 TEST_F(MDLLTest, FailuresOfLoadingAreReportedUnderTheirNames) {
-  SonvelleDLL* const module = static_cast<SonvelleDLL*>(MModule::instance);
+  MWindowsConfiguration configuration;
+  MWindowsModule::windowing = &configuration;
   MDLL unloaded;
-  module->DLLLoaded(unloaded);
+  unloaded.module = MModule::instance;
+  MModule::instance->DLLLoaded(unloaded);
+  unloaded.module = nullptr;
   EXPECT_THAT(
       life.reported.Get(),
       ElementsAre("Structured exception from '' catched at 'MModule::DLLLoaded' ('Dynamic link library "
-                  "has not been loaded.')"));
+                  "has not been loaded.')",
+                  "Structured exception from '' catched at 'MWindowsModule::DLLLoaded' ('Dynamic link "
+                  "library has not been loaded.')"));
 }
 
 }  // namespace

@@ -101,20 +101,39 @@ TEST(MPluginSystem, RowsWithoutANameCollapseIntoOne) {
   EXPECT_THAT(Column(effects, "library"), ElementsAre("c", "b", "", "", ""));
 }
 
-TEST(MPluginSystem, AFolderThatCannotBeWrittenRaises) {
-  const DataFolder data;
-  std::filesystem::create_directories(data.Path(kEffects));
+void ExpectUnwritable(const DataFolder& data) {
   MAudioEffectPluginSystem effects;
-  const std::string message =
-      "File \"" + data.Path(kEffects) + "\" could not be created. You may not have access to the file.";
   try {
     effects.Register("Echolan", "", "", "");
     FAIL() << "raised nothing";
   } catch (const MException& raised) {
-    EXPECT_THAT(Utf8(raised.message), testing::HasSubstr(data.Path(kEffects)));
+    EXPECT_THAT(Utf8(raised.message),
+                testing::StartsWith("File \"" + data.Path(kEffects) + "\" could not be created."));
     EXPECT_EQ(raised.code, MErrorCode::kNotOpened);
   }
+}
+
+TEST(MPluginSystem, AFolderInPlaceOfTheFileRaisesAndStays) {
+  const DataFolder data;
+  std::filesystem::create_directories(data.Path(kEffects));
+  ExpectUnwritable(data);
   EXPECT_TRUE(std::filesystem::is_directory(data.Path(kEffects)));
+}
+
+TEST(MPluginSystem, WithoutItsFolderRegisteringRaises) {
+  const DataFolder data;
+  data.GetFolder().WriteFile("Tessaron", "a file");
+  ExpectUnwritable(data);
+  EXPECT_EQ(data.GetFolder().ReadFile("Tessaron"), "a file");
+}
+
+TEST(MPluginSystem, AFileThatMustNotBeWrittenRaisesAndStays) {
+  const DataFolder data;
+  const OrdinaryUser user(data.GetFolder());
+  data.Write(kEffects, "<pluginsystem/>");
+  std::filesystem::permissions(data.Path(kEffects), std::filesystem::perms::owner_read);
+  ExpectUnwritable(data);
+  EXPECT_EQ(data.Read(kEffects), "<pluginsystem/>");
 }
 
 TEST(MPluginSystem, LibraryWritesItsNineteenRows) {
@@ -157,6 +176,7 @@ TEST(MPluginSystem, RegisteringStartsTheLibraryWhereNobodyHas) {
   {
     SonvelleDLL early;
     early.RegisterAllPlugins("/opt/Sonvelle.so");
+    EXPECT_EQ(MGetLibraryFunctions().allocate, MGetDefaultLibraryFunctions().allocate);
     ASSERT_NE(MModule::instance, nullptr);
     EXPECT_EQ(MModule::instance->serviceCount, 3);
     EXPECT_EQ(MModule::instance->resources.GetResources().GetCount(), 7);

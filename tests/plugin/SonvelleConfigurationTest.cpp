@@ -108,6 +108,20 @@ TEST(SonvelleConfiguration, FailureToSaveIsReportedAndNothingIsLost) {
   EXPECT_TRUE(std::filesystem::is_directory(data.Path(kFile)));
 }
 
+TEST(SonvelleConfiguration, AFileThatMustNotBeWrittenStaysAsItIs) {
+  const DataFolder data;
+  const CurrentFolder current;
+  const ReportedTexts reported;
+  const OrdinaryUser user(data.GetFolder());
+  const std::string text = "<SonvelleCfg GlobalPath=\"/content\"/>";
+  data.Write(kFile, text);
+  std::filesystem::permissions(data.Path(kFile), std::filesystem::perms::owner_read);
+  { SonvelleConfiguration().samplePathCustom = "/mine"; }
+  ASSERT_EQ(ReportedTexts::Get().size(), 1u);
+  EXPECT_THAT(ReportedTexts::Get()[0], HasSubstr("catched at 'Sonvelle configuration could not be saved.'"));
+  EXPECT_EQ(data.Read(kFile), text);
+}
+
 TEST(SonvelleConfiguration, ThereIsOneOrNone) {
   const DataFolder data;
   const CurrentFolder current;
