@@ -49,7 +49,8 @@ class Register(CommandCase):
         self.write("file", b"")
         folder = self.path("file/data")
         self.fail_with(OUTPUT, "register", says=("the registry could not be written",),
-                       last=f'Could not create path "{folder}/Tessaron".', env=os.environ | {"XDG_DATA_HOME": str(folder)})
+                       last=f'File "{folder}/Tessaron/MAudioStreams.mps" could not be created. Make sure there is no '
+                       "write-protected file already existing.", env=os.environ | {"XDG_DATA_HOME": str(folder)})
 
     def test_takes_no_arguments(self):
         self.fail_with(USAGE, "register", "x", says=("see: sonvelle help",))
