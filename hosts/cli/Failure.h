@@ -12,6 +12,10 @@ enum class ExitCode {
   kOutput = 4,  // the output could not be written
 };
 
+// What each code means, by its number.
+constexpr const char* kExitTexts[] = {"done", "a file or its contents", "usage", "a plug-in",
+                                      "the output could not be written"};
+
 // Ends the command. `what` is one line for the user; `detail`, if not empty, the exact text of the library.
 struct Failure : std::runtime_error {
   Failure(ExitCode exitCode, const std::string& line, std::string libraryText = {})

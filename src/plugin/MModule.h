@@ -6,8 +6,8 @@
 #include "core/MConsoleStream.h"
 #include "core/MEncoding.h"
 #include "core/MMemoryStream.h"
-#include "plugin/MResourceLibrary.h"
 #include "plugin/MServiceArguments.h"
+#include "resources/MResourceLibrary.h"
 
 class MDLL;
 class MLock;

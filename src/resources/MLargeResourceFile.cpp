@@ -1,4 +1,4 @@
-#include "plugin/MLargeResourceFile.h"
+#include "resources/MLargeResourceFile.h"
 
 #include <algorithm>
 #include <cstring>
