@@ -55,13 +55,19 @@ std::string Italic(const std::string& text) {
 // "--set KEY=VALUE", "IN".
 std::string Term(const CommandHelp::Word& word) {
   if (!word.isOption) return Italic(word.name);
-  return Bold(word.name) + (word.type.empty() ? "" : " " + Italic(word.type));
+  std::string term = Bold(word.name);
+  if (!word.type.empty()) term += ' ' + Italic(word.type);
+  return term;
 }
 
 std::string Synopsis(const CommandHelp& command) {
   std::string line = Bold("sonvelle " + command.name);
-  for (const CommandHelp::Word& word : command.words)
-    line += " " + (word.isRequired ? Term(word) : "[" + Term(word) + "]") + (word.isRepeated ? "..." : "");
+  for (const CommandHelp::Word& word : command.words) {
+    const std::string term = Term(word);
+    line += ' ';
+    line += word.isRequired ? term : '[' + term + ']';
+    if (word.isRepeated) line += "...";
+  }
   return line + "\n";
 }
 
