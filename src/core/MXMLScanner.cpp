@@ -51,10 +51,13 @@ void MXMLScanner::SetCodec(const MEncoding::Codec& codec) {
   fill_ = position_;
 }
 
-void MXMLScanner::SkipBlanks() {
+bool MXMLScanner::SkipBlanks(int64_t most) {
   do {
+    const int32_t start = position_;
     while (position_ < fill_ && IsBlank(buffer_[position_])) ++position_;
-  } while (position_ == fill_ && Refill());
+    most -= position_ - start;
+  } while (position_ == fill_ && most >= 0 && Refill());
+  return most >= 0;
 }
 
 MString MXMLScanner::Keep(std::u16string_view units, MXMLTextCache& cache) {

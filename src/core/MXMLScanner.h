@@ -1,5 +1,6 @@
 #pragma once
 #include <algorithm>
+#include <limits>
 
 #include "core/MEncodingReader.h"
 
@@ -46,7 +47,8 @@ class MXMLScanner {
   // The unit at the position, or kEnd; Next steps over it.
   int32_t Peek() { return position_ < fill_ || Refill() ? buffer_[position_] : kEnd; }
   int32_t Next() { return Peek() == kEnd ? kEnd : buffer_[position_++]; }
-  void SkipBlanks();
+  // False if there are more than `most` of them; then some of the others are skipped too.
+  bool SkipBlanks(int64_t most = std::numeric_limits<int64_t>::max());
 
   // Reads up to the first unit that is a stop, or to the end. The result lives until the next operation.
   template <typename IsStop>

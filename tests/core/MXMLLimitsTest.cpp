@@ -90,6 +90,45 @@ TEST_F(MXMLLimitsTest, ALongDocumentWithoutATreeTakesNoMoreMemoryThanAShortOne) 
   EXPECT_LT(parser.highest, 2000);
 }
 
+// A device: the same byte for ever, as far as the parser goes.
+class EndlessStream final : public BareStream {
+ public:
+  explicit EndlessStream(char byte) : byte_(byte) {}
+  int32_t Read(void* bytes, int32_t count) override {
+    std::memset(bytes, byte_, static_cast<std::size_t>(count));
+    read += count;
+    return count;
+  }
+  int64_t read = 0;
+
+ private:
+  char byte_;
+};
+
+TEST_F(MXMLLimitsTest, AStreamWithoutEndThatIsNoXMLIsLeftSoonAndNothingOfItIsKept) {
+  for (const auto& [byte, message] : {std::pair('\0', "The XML does not contain any elements."),
+                                      {' ', "The XML does not contain any elements."},
+                                      {'x', "Invalid file contents. Text outside of any element."}}) {
+    EndlessStream stream(byte);
+    MXMLItem item;
+    const int64_t calls = CountingFunctions::GetCalls();
+    try {
+      item.Load(stream);
+      FAIL() << "raised nothing";
+    } catch (const MException& raised) {
+      EXPECT_EQ(Utf8(raised.message), message);
+    }
+    EXPECT_LT(stream.read, 2 << 20);
+    EXPECT_LT(CountingFunctions::GetCalls() - calls, 16) << "only the message takes memory";
+  }
+}
+
+TEST_F(MXMLLimitsTest, AMillionBlanksMayStandInFrontOfTheRoot) {
+  const std::string blanks(1 << 20, '\0');
+  EXPECT_EQ(Reread(blanks + "<a/>"), "<a/>");
+  EXPECT_EQ(FailureOf(blanks + " x"), "The XML does not contain any elements.|0|");
+}
+
 TEST_F(MXMLLimitsTest, NamesAndShortValuesOfADocumentAreShared) {
   MXMLItem item;
   LoadText(item,

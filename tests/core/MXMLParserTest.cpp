@@ -70,6 +70,9 @@ TEST_F(MXMLParserTest, TextOutsideOfElementsRaises) {
   EXPECT_EQ(FailureOf("x<a/>"), Syntax("Text outside of any element.", 1, 1));
   EXPECT_EQ(FailureOf("<?xml?>\n<![CDATA[x]]><a/>"), Syntax("Text outside of any element.", 2, 1));
   EXPECT_EQ(FailureOf("text"), Syntax("Text outside of any element.", 1, 1));
+  EXPECT_EQ(FailureOf("<?xml?>\n\n  text<a/>"), Syntax("Text outside of any element.", 3, 3));
+  EXPECT_EQ(FailureOf(" &amp;<a/>"), Syntax("Text outside of any element.", 1, 2));
+  EXPECT_EQ(Reread("&#10;\1 <a/>"), "<a/>") << "an entity may be a blank";
 }
 
 TEST_F(MXMLParserTest, FilesWithoutElementsRaise) {
