@@ -12,7 +12,8 @@ void ReadState(const std::string& path, const std::string& pluginName, MXMLItem&
   try {
     state.LoadFile(file);
   } catch (const MException& raised) {
-    throw Failure(ExitCode::kFile, path + ": it cannot be read as a state", bridge::ToUtf8(raised.message));
+    const std::string place = raised.source.IsEmpty() ? path : bridge::ToUtf8(raised.source);
+    throw Failure(ExitCode::kFile, place + ": it cannot be read as a state", bridge::ToUtf8(raised.message));
   }
   if (!state.HasAttribute("plugin")) return;
   const MString plugin = state.CachedAttribute();

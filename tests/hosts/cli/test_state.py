@@ -148,6 +148,20 @@ class Refused(StateCase):
         for text in ("", "\n\n"):
             self.refuse(text, "it cannot be read as a state", "The XML does not contain any elements.")
 
+    def test_is_told_with_the_place_of_the_fault(self):
+        self.refuse('<state>\n  <x a="1" b=2/>\n</state>', "a.xml, line 2, column 14: it cannot be read as a state",
+                    "Invalid file contents. Invalid character found where attribute expected.")
+        self.refuse("\n  text", "a.xml, line 2, column 3: it cannot", "Invalid file contents. Text outside of any element.")
+
+    def test_is_a_device_or_a_pipe_that_never_ends(self):
+        self.fail_with(FILE, "state", "Echolan", "--state", "/dev/zero", says=("/dev/zero: it cannot be read as a state",),
+                       last="The XML does not contain any elements.")
+        with subprocess.Popen(["yes"], stdout=subprocess.PIPE) as endless:
+            self.fail_with(FILE, "state", "Echolan", "--state", "/dev/stdin", stdin=endless.stdout,
+                           says=("/dev/stdin, line 1, column 1: it cannot be read as a state",),
+                           last="Invalid file contents. Text outside of any element.")
+            endless.kill()
+
     def test_is_what_is_in_an_unknown_encoding(self):
         self.refuse('<?xml version="1.0" encoding="klingon"?><state/>', "it cannot be read as a state",
                     "No codec found for encoding klingon.")
@@ -160,7 +174,7 @@ class Refused(StateCase):
                 result = self.run_command("state", "Echolan", "--state", "a.xml")
                 lines = result.err.split("\n")
                 self.assertEqual((result.code, result.out, len(lines)), (FILE, "", 3), result.err)
-                self.assertEqual(lines[0], "sonvelle: a.xml: it cannot be read as a state")
+                self.assertRegex(lines[0], r"^sonvelle: a\.xml(, line [12], column \d+)?: it cannot be read as a state$")
 
     def test_is_a_file_that_is_not_there(self):
         for name in ("missing.xml", self.folder, "", "no folder/a.xml"):
