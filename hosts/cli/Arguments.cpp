@@ -132,8 +132,7 @@ void Parser::AddState() {
   AddValues(state, state_.state, state_.settings);
   state.footer(
       "The root \"state\" has the attribute \"plugin\", the plug-in's name. \"--state\" refuses a state of "
-      "another "
-      "plug-in.");
+      "another plug-in.");
 }
 
 void Parser::AddInfo() {

@@ -7,7 +7,7 @@ namespace cli {
 enum class ExitCode {
   kDone = 0,
   kFile = 1,    // a file or its contents
-  kUsage = 2,   //
+  kUsage = 2,   // the command line
   kPlugin = 3,  // the library cannot be opened, or a plug-in raised an exception
   kOutput = 4,  // the output could not be written
 };
