@@ -9,6 +9,7 @@
 
 #include "bench/Calibrated.h"
 #include "core/MFlushDenormals.h"
+#include "core/MXMLItem.h"
 #include "exports/PluginEntries.h"
 
 class EffectBench {
@@ -54,6 +55,8 @@ class EffectBench {
       Call(MService::kParameterChanged, i);
     }
   }
+
+  void Load(MXMLItem& state) { Call(MService::kLoadState, MAsWord(&state)); }
 
   // Noise that decays by 120 dB within half of its length and ends in zeros.
   void RunDecay(benchmark::State& state) {

@@ -14,11 +14,6 @@ void TurnResonance(MXMLItem& item, const MString& old, const MString& current) {
   if (item.HasAttribute(old)) item.SetAttribute(current, MExactNumberText(1 - MReadNumber(item, old)));
 }
 
-void CopyClean(float** in, float** out, int32_t channels, int32_t samples) {
-  for (int32_t c = 0; c < channels; ++c)
-    for (int32_t i = 0; i < samples; ++i) out[c][i] = MCleanSample(in[c][i]);
-}
-
 }  // namespace
 
 SlotterAudioEffectPlugin::SlotterAudioEffectPlugin() {
@@ -72,11 +67,8 @@ void SlotterAudioEffectPlugin::Process(float** in, float** out, int32_t samples)
   const int32_t served = std::min(channels_, kChannels);
   const int32_t first = isLowOn ? kLow : kHigh;
   const int32_t count = sections.areDesigned ? isLowOn + isHighOn : 0;
-  if (count == 0)
-    CopyClean(in, out, served, samples);
-  else
-    MResonantCascade::Run({sections.filters + first, static_cast<std::size_t>(count)}, states_ + first,
-                          kSections, in, out, served, samples);
+  MResonantCascade::Run({sections.filters + first, static_cast<std::size_t>(count)}, states_ + first,
+                        kSections, in, out, served, samples);
   CopyChannels(in, out, served, channels_, samples);
 }
 
