@@ -38,6 +38,16 @@ class EffectBench {
     }
   }
 
+  // Of an integer row.
+  void SetNumber(const char* key, int32_t number) {
+    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
+    for (int32_t i = 0; i < block->parameterCount; ++i) {
+      if (!(block->parameters[i].key == MString::Literal(key))) continue;
+      MStoreShared(block->parameters[i].integer.value, number);
+      Call(MService::kParameterChanged, i);
+    }
+  }
+
   void SetChoice(const char* key, int32_t choice) {
     const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
     for (int32_t i = 0; i < block->parameterCount; ++i) {
