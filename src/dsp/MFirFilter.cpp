@@ -36,27 +36,36 @@ void MFirFilter::Normalize() noexcept {
 }
 
 void MFirFilter::MovePlace(int64_t samples) noexcept {
-  const int64_t moved = (position_ - samples) % length_;
-  position_ = static_cast<int32_t>(moved < 0 ? moved + length_ : moved);
+  position_ = static_cast<int32_t>((position_ + samples) % length_);
+}
+
+// The last of `samples` into the ring, and the place behind them; null is zeros.
+void MFirFilter::Keep(Floats& ring, const float* line, int32_t samples) noexcept {
+  const int32_t kept = std::min(samples, length_);
+  MovePlace(samples - kept);
+  const int32_t first = std::min(kept, length_ - position_);
+  const auto copy = [&](int32_t place, int32_t from, int32_t count) {
+    float* const to = ring.data() + place;
+    if (line)
+      std::copy_n(line + samples - kept + from, count, to);
+    else
+      std::fill_n(to, count, 0.0f);
+  };
+  copy(position_, 0, first);
+  copy(0, first, kept - first);
+  MovePlace(kept);
 }
 
 void MFirFilter::RunTurn(std::size_t channel, const float* in, float* out, int32_t samples) noexcept {
   Floats& ring = rings_[channel];
   const auto place = ring.begin() + position_;
-  // From the oldest to the newest: the ring runs the other way, and its place is written next.
-  const auto later = std::reverse_copy(ring.begin(), place, line_.begin());
-  float* const input = &*std::reverse_copy(place + 1, ring.end(), later);
+  const auto later = std::copy(place + 1, ring.end(), line_.begin());  // the place itself is written next
+  float* const input = &*std::copy(ring.begin(), place, later);
   for (int32_t i = 0; i < samples; ++i) input[i] = MCleanSample(in[i]);
 
   const std::size_t kernel = channel % kernels_.size();
   kernel_.run(kernels_[kernel].data(), length_, gains_[kernel], line_.data(), out, samples);
-
-  const int32_t kept = std::min(samples, length_);
-  MovePlace(samples - kept);
-  for (int32_t i = samples - kept; i < samples; ++i) {
-    ring[static_cast<std::size_t>(position_)] = input[i];
-    position_ = position_ > 0 ? position_ - 1 : length_ - 1;
-  }
+  Keep(ring, input, samples);
 }
 
 void MFirFilter::Run(const float* const* in, float* const* out, int32_t channels, int32_t samples) noexcept {
@@ -75,12 +84,5 @@ void MFirFilter::Skip(int32_t channels, int32_t samples) noexcept {
   if (length_ == 0) return;
   const auto count =
       std::min(static_cast<std::size_t>(std::clamp(channels, 0, kMaximumChannels)), rings_.size());
-  for (std::size_t c = 0; c < count; ++c) {
-    const int32_t cleared = std::min(samples, length_);
-    MovePlace(samples - cleared);
-    for (int32_t i = 0; i < cleared; ++i) {
-      rings_[c][static_cast<std::size_t>(position_)] = 0;
-      position_ = position_ > 0 ? position_ - 1 : length_ - 1;
-    }
-  }
+  for (std::size_t c = 0; c < count; ++c) Keep(rings_[c], nullptr, samples);
 }

@@ -43,11 +43,12 @@ class MFirFilter {
   static constexpr int32_t kTurn = 512;  // samples of a channel that are filtered at once
 
   void RunTurn(std::size_t channel, const float* in, float* out, int32_t samples) noexcept;
+  void Keep(Floats& ring, const float* line, int32_t samples) noexcept;
   void MovePlace(int64_t samples) noexcept;
 
   const MFirKernel& kernel_;
   int32_t length_ = 0;
-  int32_t position_ = 0;  // of the newest sample, below the length; it falls
+  int32_t position_ = 0;  // in all rings, of the next sample, below the length
   std::vector<Floats, MAllocator<Floats>> kernels_;
   std::vector<Floats, MAllocator<Floats>> rings_;
   float gains_[kMaximumKernels] = {};
