@@ -9,8 +9,7 @@ constexpr char kPoint[] = "Point";
 constexpr double kNothing = 1e-50;
 
 void SetNumber(MXMLItem& item, const MString& name, double value) {
-  if (std::isfinite(value) && std::abs(value) >= kNothing)
-    item.SetAttribute(name, MExactNumberText(value));
+  if (std::isfinite(value) && std::abs(value) >= kNothing) item.SetAttribute(name, MExactNumberText(value));
 }
 
 uint8_t Flags(const MXMLItem& item) {
