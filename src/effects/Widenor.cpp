@@ -1,9 +1,9 @@
 #include "effects/Widenor.h"
 
 #include <cmath>
-#include <limits>
 
 #include "dsp/MFilterCascade.h"
+#include "effects/WidenorPasses.h"
 #include "plugin/MLimitedRows.h"
 #include "plugin/MParameterFormatters.h"
 
@@ -11,46 +11,6 @@ namespace {
 
 constexpr double kMaximumDelaySeconds = 0.01;  // of the table
 constexpr int32_t kChunk = 256;                // samples of the bands at a time
-
-// A stretch of both bands. The buffers of a block may be the same for input and output, sample by sample.
-struct Stretch {
-  const double* bandLeft;
-  const double* bandRight;
-  const float* left;
-  const float* right;
-  float* leftOut;
-  float* rightOut;
-};
-
-// What a filter out of bounds gives may be infinite; its difference would be no number.
-inline double LimitBand(double band) {
-  constexpr double kLimit = std::numeric_limits<float>::max();
-  const double raised = band > -kLimit ? band : -kLimit;
-  return raised < kLimit ? raised : kLimit;
-}
-
-inline void Widen(const Stretch& at, int32_t i, double sum) {
-  const double left = MCleanSample(at.left[i]) + sum, right = MCleanSample(at.right[i]) - sum;
-  at.leftOut[i] = MLimitToFloat(left);
-  at.rightOut[i] = MLimitToFloat(right);
-}
-
-void WidenDirectly(const Stretch& at, int32_t samples, double depth) {
-  for (int32_t i = 0; i < samples; ++i)
-    Widen(at, i, (LimitBand(at.bandLeft[i]) - LimitBand(at.bandRight[i])) * depth);
-}
-
-// With the delay: a stretch of the line without a wrap.
-void WidenDelayed(const Stretch& at, int32_t samples, double depth, float* lineLeft, float* lineRight,
-                  double delayDepth) {
-  for (int32_t i = 0; i < samples; ++i) {
-    const double left = LimitBand(at.bandLeft[i]), right = LimitBand(at.bandRight[i]);
-    const double delayed = double{lineLeft[i]} - double{lineRight[i]};
-    lineLeft[i] = static_cast<float>(left);
-    lineRight[i] = static_cast<float>(right);
-    Widen(at, i, (left - right) * depth + delayed * delayDepth);
-  }
-}
 
 }  // namespace
 
@@ -120,16 +80,12 @@ void WidenorAudioEffectPlugin::Process(float** in, float** out, int32_t samples)
     MResonantCascade::RunPair(band.highPass, band.lowPass, states_, from, to, kChannels, chunk);
     for (int32_t i = 0; i < chunk;) {
       const int32_t run = isDelayed ? std::min(chunk - i, line_.GetRun()) : chunk;
-      const Stretch at = {bands[0] + i, bands[1] + i,      from[0] + i,
-                          from[1] + i,  out[0] + done + i, out[1] + done + i};
-      if (isDelayed) {
-        float* const lineLeft = line_.GetChannel(0) + line_.GetPosition();
-        float* const lineRight = line_.GetChannel(1) + line_.GetPosition();
-        WidenDelayed(at, run, depth, lineLeft, lineRight, delayDepth);
-        line_.Advance(run);
-      } else {
-        WidenDirectly(at, run, depth);
-      }
+      float* const lineLeft = isDelayed ? line_.GetChannel(0) + line_.GetPosition() : nullptr;
+      float* const lineRight = isDelayed ? line_.GetChannel(1) + line_.GetPosition() : nullptr;
+      WidenFrames({bands[0] + i, bands[1] + i, from[0] + i, from[1] + i, out[0] + done + i, out[1] + done + i,
+                   lineLeft, lineRight, depth, double{delayDepth}},
+                  run);
+      if (isDelayed) line_.Advance(run);
       i += run;
     }
     done += chunk;
