@@ -2,12 +2,21 @@
 #include "effects/BendformPasses.h"
 
 #if defined(__AVX2__) && defined(__FMA__)
+#include <immintrin.h>
 
 namespace {
-struct Wide;
+
+struct Four {
+  typedef double Lanes __attribute__((vector_size(32)));
+  typedef float Floats __attribute__((vector_size(16)));
+  typedef int32_t Ints __attribute__((vector_size(16)));
+
+  static Lanes Root(Lanes a) { return _mm256_sqrt_pd(a); }
+};
+
 }  // namespace
 
-const BendformKernel kBendformWide = {BendformPasses<Wide>::Run};
+const BendformKernel kBendformWide = {BendformPasses<Four>::Run};
 
 #else
 

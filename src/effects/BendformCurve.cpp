@@ -87,7 +87,9 @@ void BendformCurve::Build(const MEnvelopeData& data) {
     cells_[cell] = piece;
   }
   const Piece &first = pieces_.front(), &last = pieces_.back();
-  view_ = {pieces_.data(), cells_.data(), false, false};
+  view_.pieces = pieces_.data();
+  view_.cells = cells_.data();
+  view_.hasItems = std::any_of(pieces_.begin(), pieces_.end(), [](const Piece& each) { return each.item; });
   view_.isSingle = pieces_.size() == 2 && !first.item && !last.item &&
                    std::abs(ValueAt(first, (first.end - first.start) * first.scale) - last.c[0]) <= kAccuracy;
   view_.isIdentity = view_.isSingle && first.end == 1 && IsLine(first, 1);

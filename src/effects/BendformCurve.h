@@ -22,6 +22,7 @@ class BendformCurve {
     const Piece* pieces = nullptr;  // null: no curve yet
     const uint32_t* cells = nullptr;
     bool isIdentity = false;  // v = min(u, 1)
+    bool hasItems = false;    // some piece asks the curve itself
     bool isSingle = false;    // v = the first piece at min(u, its end)
   };
 

@@ -1,79 +1,123 @@
 #pragma once
-// Bendform's loops, written once and compiled for several processors: turns of samples in arrays of their
-// own, which the compiler puts into registers of its width. Unit is a type of the including source alone, so
-// that each has functions of its own.
+// Bendform's loops, written once for registers of any width: Vector has Lanes (a vector of doubles), Floats
+// (as many floats), Ints (as many 32-bit integers), and Root, the square roots of all lanes.
 
 #include <cstring>
 #include <limits>
 
 #include "effects/BendformCurve.h"
 
-template <typename Unit>
+template <typename Vector>
 struct BendformPasses {
-  static constexpr int32_t kTurn = 16;
+  using Lanes = typename Vector::Lanes;
+  using Floats = typename Vector::Floats;
+  using Ints = typename Vector::Ints;
   using View = BendformCurve::View;
   using Piece = BendformCurve::Piece;
+  static constexpr int32_t kLanes = sizeof(Lanes) / sizeof(double);
+  static constexpr int32_t kTurn = 16;  // samples
+  static constexpr float kMaximum = std::numeric_limits<float>::max();
 
-  static double Polynomial(const Piece& p, double u) {
-    const double s = (u - p.start) * p.scale;
-    return (((p.c[4] * s + p.c[3]) * s + p.c[2]) * s + p.c[1]) * s + p.c[0];
+  template <typename Real>
+  static Real Polynomial(const Piece& p, Real u) {
+    const Real s = (u - p.start) * p.scale;
+    return (((s * p.c[4] + p.c[3]) * s + p.c[2]) * s + p.c[1]) * s + p.c[0];
   }
 
-  static double Read(const View& curve, double u) {
-    const double cell = u * BendformCurve::kCells;
-    const Piece* p =
-        curve.pieces +
-        curve.cells[cell < BendformCurve::kCells ? static_cast<int32_t>(cell) : BendformCurve::kCells];
-    while (p->end <= u) ++p;
-    return p->item ? p->item->GetValue(u) : Polynomial(*p, u);
+  static Lanes Minimum(Lanes a, double limit) {
+    const Lanes limits = Lanes{} + limit;
+    return a < limits ? a : limits;
   }
 
-  // Squares of the values at the roots of a.
-  static void Square(const View& curve, const double (&a)[kTurn], double (&squares)[kTurn]) {
-    if (curve.isIdentity) {
-      for (int32_t i = 0; i < kTurn; ++i) squares[i] = a[i] < 1 ? a[i] : 1;
-      return;
+  // Ways to read the squares of the values at the roots of a turn's magnitudes.
+
+  struct Identity {
+    static void Square(const View&, Lanes (&a)[kTurn / kLanes]) {
+      for (Lanes& lanes : a) lanes = Minimum(lanes, 1);
     }
-    double u[kTurn];
-    for (int32_t i = 0; i < kTurn; ++i) u[i] = __builtin_sqrt(a[i]);
-    if (curve.isSingle) {
-      const Piece p = curve.pieces[0];
-      for (int32_t i = 0; i < kTurn; ++i) u[i] = Polynomial(p, u[i] < p.end ? u[i] : p.end);
-    } else {
-      for (int32_t i = 0; i < kTurn; ++i) u[i] = Read(curve, u[i]);
-    }
-    for (int32_t i = 0; i < kTurn; ++i) squares[i] = u[i] * u[i];
-  }
+  };
 
+  struct Single {
+    static void Square(const View& curve, Lanes (&a)[kTurn / kLanes]) {
+      const Piece& p = curve.pieces[0];
+      for (Lanes& lanes : a) {
+        const Lanes v = Polynomial(p, Minimum(Vector::Root(lanes), p.end));
+        lanes = v * v;
+      }
+    }
+  };
+
+  template <bool kHasItems>
+  struct Pieces {
+    static double Read(const View& curve, uint32_t place, double u) {
+      const Piece* p = curve.pieces + place;
+      while (p->end <= u) ++p;
+      if (kHasItems && p->item) return p->item->GetValue(u);
+      return Polynomial(*p, u);
+    }
+
+    static void Square(const View& curve, Lanes (&a)[kTurn / kLanes]) {
+      double u[kTurn];
+      int32_t cells[kTurn];
+      for (int32_t i = 0; i < kTurn / kLanes; ++i) {
+        const Lanes root = Vector::Root(a[i]);
+        const Ints cell =
+            __builtin_convertvector(Minimum(root * BendformCurve::kCells, BendformCurve::kCells), Ints);
+        std::memcpy(u + i * kLanes, &root, sizeof root);
+        std::memcpy(cells + i * kLanes, &cell, sizeof cell);
+      }
+      for (int32_t i = 0; i < kTurn / kLanes; ++i) {
+        // Lane by lane: a register is slow to load right behind stores of its parts.
+        Lanes v = {};
+        for (int32_t j = 0; j < kLanes; ++j)
+          v[j] = Read(curve, curve.cells[cells[i * kLanes + j]], u[i * kLanes + j]);
+        a[i] = v * v;
+      }
+    }
+  };
+
+  template <typename Way>
   static void RunTurn(const View& curve, double depth, const float* in, float* out) {
-    constexpr float kMaximum = std::numeric_limits<float>::max();
-    float x[kTurn], y[kTurn];
-    double a[kTurn], squares[kTurn];
-    std::memcpy(x, in, sizeof x);
-    for (int32_t i = 0; i < kTurn; ++i) {
-      const float magnitude = __builtin_fabsf(x[i]);
-      a[i] = magnitude <= kMaximum ? magnitude : 0.0f;
+    Lanes x[kTurn / kLanes], a[kTurn / kLanes];
+    for (int32_t i = 0; i < kTurn / kLanes; ++i) {
+      Floats samples;
+      std::memcpy(&samples, in + i * kLanes, sizeof samples);
+      x[i] = __builtin_convertvector(samples, Lanes);
+      const Lanes magnitude = x[i] < 0 ? -x[i] : x[i];
+      a[i] = magnitude <= kMaximum ? magnitude : Lanes{};
     }
-    Square(curve, a, squares);
-    const double dry = 1 - depth;
-    for (int32_t i = 0; i < kTurn; ++i) {
-      const double wet = squares[i] * depth;
-      double sum = x[i] * dry + (x[i] < 0 ? -wet : wet);
-      sum = sum < kMaximum ? sum : kMaximum;
-      sum = sum > -kMaximum ? sum : -kMaximum;
-      y[i] = __builtin_fabsf(x[i]) <= kMaximum ? static_cast<float>(sum) : x[i];
+    Way::Square(curve, a);
+    for (int32_t i = 0; i < kTurn / kLanes; ++i) {
+      const Lanes wet = a[i] * depth;
+      Lanes y = x[i] * (1 - depth) + (x[i] < 0 ? -wet : wet);
+      y = Minimum(y, kMaximum);
+      y = y > -kMaximum ? y : Lanes{} - kMaximum;
+      const auto isFinite = (x[i] <= kMaximum) & (x[i] >= -kMaximum);
+      const Floats samples = __builtin_convertvector(isFinite ? y : x[i], Floats);
+      std::memcpy(out + i * kLanes, &samples, sizeof samples);
     }
-    std::memcpy(out, y, sizeof y);
   }
 
-  static void Run(const View& curve, double depth, const float* in, float* out, int32_t samples) noexcept {
+  template <typename Way>
+  static void RunTurns(const View& curve, double depth, const float* in, float* out, int32_t samples) {
     int32_t i = 0;
-    for (; i + kTurn <= samples; i += kTurn) RunTurn(curve, depth, in + i, out + i);
+    for (; i + kTurn <= samples; i += kTurn) RunTurn<Way>(curve, depth, in + i, out + i);
     if (i == samples) return;
     float rest[kTurn] = {};
     const std::size_t size = static_cast<std::size_t>(samples - i) * sizeof(float);
     std::memcpy(rest, in + i, size);
-    RunTurn(curve, depth, rest, rest);
+    RunTurn<Way>(curve, depth, rest, rest);
     std::memcpy(out + i, rest, size);
+  }
+
+  static void Run(const View& curve, double depth, const float* in, float* out, int32_t samples) noexcept {
+    if (curve.isIdentity)
+      RunTurns<Identity>(curve, depth, in, out, samples);
+    else if (curve.isSingle)
+      RunTurns<Single>(curve, depth, in, out, samples);
+    else if (curve.hasItems)
+      RunTurns<Pieces<true>>(curve, depth, in, out, samples);
+    else
+      RunTurns<Pieces<false>>(curve, depth, in, out, samples);
   }
 };
