@@ -110,8 +110,8 @@ template <int kCount, bool kBiased, typename Out>
 M_FUSED void RunSections(MSectionLanes* lanes, const float* const* in, Out* const* out, int32_t samples) {
   Section<kBiased> sections[kCount];
   for (int k = 0; k < kCount; ++k) sections[k].Load(lanes[k]);
-  Channels<kCount, Out> channels = {in[0], in[1], out[0], out[1]};
-  Pipeline<kCount, Section<kBiased>, Channels<kCount, Out>>(sections, channels).Run(samples);
+  const Channels<kCount, Out> channels = {in[0], in[1], out[0], out[1]};
+  Pipeline<kCount, Section<kBiased>>(sections).Run(channels, samples);
   for (int k = 0; k < kCount; ++k) sections[k].Store(lanes[k]);
 }
 
@@ -132,7 +132,12 @@ void RunResonantPair(MSectionLanes* sections, const float* const* in, double* co
 // Three and more sections stand in two halves, one in the lower and one in the upper half of each register:
 // the lower half runs the first sections, the upper one the rest of the cascade on what the lower half gave
 // kLag frames before. The lag is long enough that neither waits for the other.
-constexpr int32_t kLag = 8;  // a power of two
+//
+// So a block takes kLag frames more. In the first of them the upper half runs on zeros, from states of zero
+// and without an output, until a section's states are put in right before its first frame; in the last ones
+// the lower half runs on zeros, its states having been taken out right behind its last frame.
+constexpr int32_t kLag = 8;                 // a power of two
+constexpr int32_t kShortestLag = 2 * kLag;  // frames of the shortest block that runs in halves
 
 struct Halves {
   using Value = __m256d;
@@ -143,26 +148,35 @@ struct Halves {
   M_FUSED_INLINE static __m256d Join(double low, double high) {
     return _mm256_set_m128d(_mm_set1_pd(high), _mm_set1_pd(low));
   }
-  M_FUSED_INLINE static __m256d Join(const double* low, const double* high) {
-    return _mm256_loadu2_m128d(high, low);
+  M_FUSED_INLINE static __m256d Lower(const double* low) {
+    return _mm256_insertf128_pd(_mm256_setzero_pd(), _mm_loadu_pd(low), 0);
   }
+  // All but the states of the upper half, which are zero.
   M_FUSED_INLINE void Load(const MSectionLanes& low, const MSectionLanes& high) {
     b0 = Join(low.b0, high.b0);
     b1 = Join(low.b1, high.b1);
     b2 = Join(low.b2, high.b2);
     a1 = Join(low.a1, high.a1);
     a2 = Join(low.a2, high.a2);
-    x1 = Join(low.x1, high.x1);
-    x2 = Join(low.x2, high.x2);
-    y1 = Join(low.y1, high.y1);
-    y2 = Join(low.y2, high.y2);
+    x1 = Lower(low.x1);
+    x2 = Lower(low.x2);
+    y1 = Lower(low.y1);
+    y2 = Lower(low.y2);
     LookAhead();
   }
-  M_FUSED_INLINE void Store(MSectionLanes& low, MSectionLanes& high) const {
-    _mm256_storeu2_m128d(high.x1, low.x1, x1);
-    _mm256_storeu2_m128d(high.x2, low.x2, x2);
-    _mm256_storeu2_m128d(high.y1, low.y1, y1);
-    _mm256_storeu2_m128d(high.y2, low.y2, y2);
+  M_FUSED_INLINE void LoadUpperStates(const MSectionLanes& high) {
+    x1 = _mm256_insertf128_pd(x1, _mm_loadu_pd(high.x1), 1);
+    x2 = _mm256_insertf128_pd(x2, _mm_loadu_pd(high.x2), 1);
+    y1 = _mm256_insertf128_pd(y1, _mm_loadu_pd(high.y1), 1);
+    y2 = _mm256_insertf128_pd(y2, _mm_loadu_pd(high.y2), 1);
+    LookAhead();
+  }
+  template <int kHalf>
+  M_FUSED_INLINE void Store(MSectionLanes& lanes) const {
+    _mm_storeu_pd(lanes.x1, _mm256_extractf128_pd(x1, kHalf));
+    _mm_storeu_pd(lanes.x2, _mm256_extractf128_pd(x2, kHalf));
+    _mm_storeu_pd(lanes.y1, _mm256_extractf128_pd(y1, kHalf));
+    _mm_storeu_pd(lanes.y2, _mm256_extractf128_pd(y2, kHalf));
   }
   M_FUSED_INLINE __m256d Step(__m256d x) {
     const __m256d y = _mm256_fmadd_pd(y1, a1, _mm256_fmadd_pd(x, b0, ahead));
@@ -178,16 +192,15 @@ struct Halves {
   }
 };
 
-// Frames for the lower half come from the channels, those for the upper half from the ring, at place `start`
-// and on. With an odd number of sections the last place of the upper half is empty.
-template <int kPairs, bool kOdd>
+// Frames for the lower half come from the channels, or are zero, those for the upper half come from the ring.
+// Outputs are those of section kLast, in the upper half.
+template <int kPairs, int kLast, bool kHasInput, bool kHasOutput>
 struct HalfChannels {
   const float* left;
   const float* right;
   float* leftOut;
   float* rightOut;
   float (*ring)[2];
-  int32_t start;
 
   // The statement keeps the compiler from converting a second time in the next turn.
   M_FUSED_INLINE static __m256d Widen(__m128 samples) {
@@ -196,10 +209,12 @@ struct HalfChannels {
     return wide;
   }
   M_FUSED_INLINE __m64* GetPlace(int32_t frame) const {
-    return reinterpret_cast<__m64*>(ring[(start + frame) & (kLag - 1)]);
+    return reinterpret_cast<__m64*>(ring[frame & (kLag - 1)]);
   }
   M_FUSED_INLINE __m256d Load(int32_t frame) const {
-    return Widen(_mm_loadh_pi(LoadSamples(left + frame, right + frame), GetPlace(frame)));
+    __m128 samples = _mm_setzero_ps();
+    if constexpr (kHasInput) samples = LoadSamples(left + frame, right + frame);
+    return Widen(_mm_loadh_pi(samples, GetPlace(frame)));
   }
   template <int kSection>
   M_FUSED_INLINE __m256d Take(__m256d y, int32_t frame) const {
@@ -207,55 +222,74 @@ struct HalfChannels {
     const __m256d limited = _mm256_min_pd(_mm256_max_pd(y, _mm256_set1_pd(-kMaximumSample)), limit);
     const __m128 samples = _mm256_cvtpd_ps(limited);
     if constexpr (kSection == kPairs - 1) _mm_storel_pi(GetPlace(frame), samples);
-    if constexpr (kSection == (kOdd ? kPairs - 2 : kPairs - 1)) {
-      _mm_store_ss(leftOut + frame, _mm_movehl_ps(samples, samples));
-      _mm_store_ss(rightOut + frame, _mm_shuffle_ps(samples, samples, 3));
+    if constexpr (kHasOutput && kSection == kLast) {
+      _mm_store_ss(leftOut + (frame - kLag), _mm_movehl_ps(samples, samples));
+      _mm_store_ss(rightOut + (frame - kLag), _mm_shuffle_ps(samples, samples, 3));
     }
     return Widen(samples);
   }
 };
 
-template <int kPairs, bool kOdd>
-M_FUSED void RunHalves(MSectionLanes* low, MSectionLanes* high, HalfChannels<kPairs, kOdd> channels,
-                       int32_t samples) {
-  Halves sections[kPairs];
-  for (int k = 0; k < kPairs; ++k) sections[k].Load(low[k], high[k]);
-  Pipeline<kPairs, Halves, HalfChannels<kPairs, kOdd>>(sections, channels).Run(samples);
-  for (int k = 0; k < kPairs; ++k) sections[k].Store(low[k], high[k]);
+// The turns up to the first output. Section k meets the upper half's first frame in turn kLag + 2 k.
+template <int kSection, int kPairs, int kUpper, typename Port>
+M_FUSED_INLINE void PutUpperStates(Pipeline<kPairs, Halves>& pipeline, Halves (&sections)[kPairs],
+                                   const MSectionLanes* lanes, const Port& port) {
+  constexpr int kFirst = kSection == 0 ? 2 * kPairs - 1 : kLag + 2 * kSection - 2;
+  for (int32_t i = kFirst; i < kLag + 2 * kSection; ++i) pipeline.GoOnce(port, i);
+  sections[kSection].LoadUpperStates(lanes[kPairs + kSection]);
+  if constexpr (kSection < kUpper - 1)
+    PutUpperStates<kSection + 1, kPairs, kUpper>(pipeline, sections, lanes, port);
+  else
+    pipeline.GoOnce(port, kLag + 2 * kSection);
 }
 
-template <int kPairs, bool kOdd>
-void RunLagging(MSectionLanes* sections, const float* const* in, float* const* out, int32_t samples) {
-  constexpr int kUpper = kOdd ? kPairs - 1 : kPairs;
-  const float silence[kLag] = {};
-  float unheard[kLag];
-  alignas(8) float ring[kLag][2] = {};
-  MSectionLanes upper[kPairs] = {}, idle[kPairs] = {};
-  std::copy_n(sections + kPairs, kUpper, upper);
-  std::copy_n(sections + kPairs, kUpper, idle);
-  const int32_t lag = std::min(samples, kLag);
+// The turns from the last input on. Section k meets it 2 k turns later.
+template <int kSection, int kPairs, typename Port>
+M_FUSED_INLINE void TakeLowerStates(Pipeline<kPairs, Halves>& pipeline, const Halves (&sections)[kPairs],
+                                    MSectionLanes* lanes, const Port& port, int32_t turn) {
+  pipeline.GoOnce(port, turn);
+  sections[kSection].template Store<0>(lanes[kSection]);
+  pipeline.GoOnce(port, turn + 1);
+  if constexpr (kSection < kPairs - 1)
+    TakeLowerStates<kSection + 1>(pipeline, sections, lanes, port, turn + 2);
+}
 
-  RunHalves<kPairs, kOdd>(sections, idle, {in[0], in[1], unheard, unheard, ring, 0}, lag);
-  RunHalves<kPairs, kOdd>(sections, upper, {in[0] + lag, in[1] + lag, out[0], out[1], ring, 0},
-                          samples - lag);
-  std::copy_n(sections, kPairs, idle);
-  RunHalves<kPairs, kOdd>(
-      idle, upper, {silence, silence, out[0] + samples - lag, out[1] + samples - lag, ring, samples - lag},
-      lag);
-  std::copy_n(upper, kUpper, sections + kPairs);
+// kPairs sections in the lower half, kUpper in the upper one.
+template <int kPairs, int kUpper>
+M_FUSED void RunLagging(MSectionLanes* lanes, const float* const* in, float* const* out, int32_t samples) {
+  if (samples < kShortestLag) {
+    RunSections<kPairs, false>(lanes, in, out, samples);
+    RunSections<kUpper, false>(lanes + kPairs, out, out, samples);
+    return;
+  }
+  constexpr MSectionLanes kIdle = {};
+  alignas(8) float ring[kLag][2] = {};
+  const HalfChannels<kPairs, kUpper - 1, true, false> head = {in[0], in[1], out[0], out[1], ring};
+  const HalfChannels<kPairs, kUpper - 1, true, true> body = {in[0], in[1], out[0], out[1], ring};
+  const HalfChannels<kPairs, kUpper - 1, false, true> tail = {in[0], in[1], out[0], out[1], ring};
+  Halves sections[kPairs];
+  for (int k = 0; k < kPairs; ++k) sections[k].Load(lanes[k], k < kUpper ? lanes[kPairs + k] : kIdle);
+  Pipeline<kPairs, Halves> pipeline(sections);
+  pipeline.Start(head);
+  PutUpperStates<0, kPairs, kUpper>(pipeline, sections, lanes, head);
+  pipeline.Go(body, kLag + 2 * kUpper - 1, samples - 1);
+  TakeLowerStates<0>(pipeline, sections, lanes, tail, samples - 1);
+  pipeline.Go(tail, samples - 1 + 2 * kPairs, samples + kLag - 1);
+  pipeline.Finish(tail, samples + kLag - 1);
+  for (int k = 0; k < kUpper; ++k) sections[k].template Store<1>(lanes[kPairs + k]);
 }
 
 void RunBiquads(MSectionLanes* sections, int32_t count, const float* const* in, float* const* out,
                 int32_t samples) noexcept {
   switch (count) {
     case 3:
-      return RunLagging<2, true>(sections, in, out, samples);
+      return RunLagging<2, 1>(sections, in, out, samples);
     case 4:
-      return RunLagging<2, false>(sections, in, out, samples);
+      return RunLagging<2, 2>(sections, in, out, samples);
     case 5:
-      return RunLagging<3, true>(sections, in, out, samples);
+      return RunLagging<3, 2>(sections, in, out, samples);
     case 6:
-      return RunLagging<3, false>(sections, in, out, samples);
+      return RunLagging<3, 3>(sections, in, out, samples);
     default:
       return RunOneOrTwo<false>(sections, count, in, out, samples);
   }

@@ -154,8 +154,8 @@ template <int kCount, bool kBiased, typename Out>
 void RunSections(MSectionLanes* lanes, const float* const* in, Out* const* out, int32_t samples) {
   Section<kBiased> sections[kCount];
   for (int k = 0; k < kCount; ++k) sections[k].Load(lanes[k]);
-  Channels<kCount, Out> channels = {in[0], in[1], out[0], out[1]};
-  Pipeline<kCount, Section<kBiased>, decltype(channels)>(sections, channels).Run(samples);
+  const Channels<kCount, Out> channels = {in[0], in[1], out[0], out[1]};
+  Pipeline<kCount, Section<kBiased>>(sections).Run(channels, samples);
   for (int k = 0; k < kCount; ++k) sections[k].Store(lanes[k]);
 }
 

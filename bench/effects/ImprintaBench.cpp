@@ -1,0 +1,22 @@
+#include <memory>
+
+#include "bench/effects/EffectBench.h"
+
+namespace {
+
+void Imprinta(benchmark::State& state, int32_t length) {
+  const auto effect = std::make_unique<EffectBench>("Imprinta");
+  effect->SetNumber("length", length);
+  effect->Run(state);
+}
+BENCHMARK_CAPTURE(Imprinta, longest, 512)->Name("Imprinta")->Arg(64)->Arg(256)->Arg(1024);
+BENCHMARK_CAPTURE(Imprinta, defaults, 16)->Name("ImprintaDefault")->Arg(256);
+
+void ImprintaDecay(benchmark::State& state) {
+  const auto effect = std::make_unique<EffectBench>("Imprinta");
+  effect->SetNumber("length", 512);
+  effect->RunDecay(state);
+}
+BENCHMARK(ImprintaDecay)->Arg(256);
+
+}  // namespace
