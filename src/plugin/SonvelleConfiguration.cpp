@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "core/MAtomicFile.h"
+#include "core/MFileTools.h"
 #include "core/MGuard.h"
 #include "core/MPath.h"
 #include "core/MSystemPath.h"
@@ -13,7 +14,8 @@ SonvelleConfiguration::SonvelleConfiguration()
     : file_(JoinPath(GetSystemPath(MSystemPath::kData), "SonvelleConfiguration.cfg")) {
   try {
     root.LoadFile(file_);
-  } catch (const MException&) {
+  } catch (const MException& raised) {
+    isUnread_ = raised.code == MErrorCode::kNotOpened && FileExists(file_);
     root.Clear();
     root.SetName("SonvelleCfg");
   }
@@ -33,6 +35,7 @@ SonvelleConfiguration::~SonvelleConfiguration() {
 }
 
 void SonvelleConfiguration::Save() {
+  if (isUnread_) MFileStream::ThrowNotCreated(file_);
   root.SetAttribute("SamplePathCustom", samplePathCustom);
   MAtomicFile file(file_);
   root.Save(file);
