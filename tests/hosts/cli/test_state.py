@@ -126,6 +126,13 @@ class Contents(StateCase):
                 text = f'<?xml version="1.0" encoding="{name}"?>\n' + state(parameterdelay="0.25", plugin="Echolan")
                 self.assertEqual(self.load(text, encoding)[1], "0.2500")
 
+    def test_may_be_in_every_table_of_256_characters_that_the_library_has(self):
+        tables = [f"ISO-8859-{part}" for part in (*range(1, 11), 13, 14, 16)] + [f"windows-125{digit}" for digit in range(9)]
+        for name in ("ascii", "IBM850", "IBM866", "IBM874", "KOI8-R", *tables):
+            with self.subTest(name):
+                text = f'<?xml version="1.0" encoding="{name}"?>\n' + state(parameterdelay="0.25")
+                self.assertEqual(self.load(text, "ascii")[1], "0.2500")
+
     def test_may_name_the_plugin_or_not(self):
         for text in (state(plugin="Echolan"), state(plugin="ECHOLAN"), "<sonvelle/>"):
             self.load(text)
