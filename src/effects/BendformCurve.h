@@ -5,7 +5,7 @@
 
 // A drawn curve v(u), u >= 0, cut into polynomials of degree 4, so that it can be read at any u in any order
 // without a search: a table of kCells equal cells up to u = 1 says where to begin. Each polynomial is within
-// 1e-11 of its curve; where that takes too narrow a piece, as at the upright ends of a super-ellipse, the
+// 1e-9 of its curve; where that takes too narrow a piece, as at the upright ends of a super-ellipse, the
 // piece asks the curve itself.
 class BendformCurve {
  public:

@@ -8,7 +8,10 @@ from command_case import OUTPUT, PLUGIN, USAGE, CommandCase, FakeCase
 
 class List(CommandCase):
     def test_a_line_per_plugin_tells_name_kind_and_summary(self):
-        self.assertIn("Echolan  effect  feedback delay\n", self.succeed("list"))
+        lines = self.succeed("list").splitlines()
+        self.assertIn(["Echolan", "effect", "feedback delay"], [line.split(maxsplit=2) for line in lines])
+        kinds = {line.index(" " + line.split()[1] + " ") for line in lines}
+        self.assertEqual(len(kinds), 1, "the columns are not aligned")
 
     def test_json_holds_the_same(self):
         plugins = json.loads(self.succeed("list", "--json"))
