@@ -2,12 +2,14 @@
 // Runs one effect through its entry point, as a host does: stereo, 48 kHz, blocks over 1.4 s of seeded noise.
 // Reports the time per stereo frame; denormals are flushed, as the bridge does.
 
+#include <cmath>
 #include <cstring>
 #include <string>
 #include <vector>
 
 #include "bench/Calibrated.h"
 #include "core/MFlushDenormals.h"
+#include "core/MXMLItem.h"
 #include "exports/PluginEntries.h"
 
 class EffectBench {
@@ -34,6 +36,36 @@ class EffectBench {
       MStoreShared(block->parameters[i].real.value, value);
       Call(MService::kParameterChanged, i);
     }
+  }
+
+  void SetChoice(const char* key, int32_t choice) {
+    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
+    for (int32_t i = 0; i < block->parameterCount; ++i) {
+      if (!(block->parameters[i].key == MString::Literal(key))) continue;
+      MStoreShared(block->parameters[i].enumeration.value, choice);
+      Call(MService::kParameterChanged, i);
+    }
+  }
+
+  void SetSwitch(const char* key, bool isOn) {
+    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
+    for (int32_t i = 0; i < block->parameterCount; ++i) {
+      if (!(block->parameters[i].key == MString::Literal(key))) continue;
+      MStoreShared(block->parameters[i].onOff.value, int32_t{isOn});
+      Call(MService::kParameterChanged, i);
+    }
+  }
+
+  void Load(MXMLItem& state) { Call(MService::kLoadState, MAsWord(&state)); }
+
+  // Noise that decays by 120 dB within half of its length and ends in zeros.
+  void RunDecay(benchmark::State& state) {
+    for (int32_t i = 0; i < 2 * kFrames; ++i) {
+      const int32_t frame = i % kFrames;
+      input_[i] =
+          frame < kFrames / 2 ? input_[i] * std::pow(10.0f, -12.0f * static_cast<float>(frame) / kFrames) : 0;
+    }
+    Run(state);
   }
 
   void Run(benchmark::State& state) {

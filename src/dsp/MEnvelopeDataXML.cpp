@@ -1,5 +1,6 @@
 #include "core/MXMLItem.h"
 #include "core/MXMLItemIterator.h"
+#include "core/MXMLNumber.h"
 #include "dsp/MEnvelopeData.h"
 
 namespace {
@@ -7,19 +8,9 @@ namespace {
 constexpr char kPoint[] = "Point";
 constexpr double kNothing = 1e-50;
 
-// Nine significant digits, so that a number comes back as the same float, and never fewer than four decimals.
-int32_t Decimals(double value) noexcept {
-  return std::clamp(8 - static_cast<int32_t>(std::floor(std::log10(std::abs(value)))), 4, 60);
-}
-
 void SetNumber(MXMLItem& item, const MString& name, double value) {
   if (std::isfinite(value) && std::abs(value) >= kNothing)
-    item.SetAttribute(name, MString::FromDouble(value, Decimals(value)));
-}
-
-double Number(const MXMLItem& item, const MString& name) {
-  const double value = item.HasAttribute(name) ? item.CachedAttribute().ToDouble() : 0;
-  return std::isfinite(value) ? value : 0;
+    item.SetAttribute(name, MExactNumberText(value));
 }
 
 uint8_t Flags(const MXMLItem& item) {
@@ -42,15 +33,15 @@ void SavePoint(const MEnvelopePoint& point, MXMLItem& item) {
 
 MEnvelopePoint LoadPoint(const MXMLItem& item) {
   MEnvelopePoint point;
-  point.x = Number(item, "x");
-  point.y = Number(item, "y");
-  point.tension = std::clamp(Number(item, "c"), -1.0, 1.0);
-  point.tensionX = std::clamp(Number(item, "cx"), -1.0, 1.0);
+  point.x = MReadNumber(item, "x");
+  point.y = MReadNumber(item, "y");
+  point.tension = std::clamp(MReadNumber(item, "c"), -1.0, 1.0);
+  point.tensionX = std::clamp(MReadNumber(item, "cx"), -1.0, 1.0);
   point.type = MEnvelopeType::Find(item.GetAttribute("Type"));
   point.flags = Flags(item);
   point.smoothingType = MEnvelopeSmoothing::Find(item.GetAttribute("SmoothingType"));
-  point.smooth1 = Number(item, "SmoothX1");
-  point.smooth2 = Number(item, "SmoothX2");
+  point.smooth1 = MReadNumber(item, "SmoothX1");
+  point.smooth2 = MReadNumber(item, "SmoothX2");
   return point;
 }
 

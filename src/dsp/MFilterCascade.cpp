@@ -1,7 +1,6 @@
 #include "dsp/MFilterCascade.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace {
 
@@ -59,7 +58,7 @@ void RunPacked(std::span<const Filter> sections, typename Filter::State* states,
 
 void Copy(const float* const* in, float* const* out, int32_t channels, int32_t samples) {
   for (int32_t c = 0; c < channels; ++c)
-    if (in[c] != out[c]) std::memcpy(out[c], in[c], static_cast<std::size_t>(samples) * sizeof(float));
+    for (int32_t i = 0; i < samples; ++i) out[c][i] = MCleanSample(in[c][i]);
 }
 
 // Runs at most `longest` sections at a time, the later ones in place.

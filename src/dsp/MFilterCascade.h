@@ -14,7 +14,7 @@
 // `states` holds the records of all channels: section k of channel c runs on states[c * places + k], so that
 // the record of a section that is left out can stay where it is. `in[c]` and `out[c]` may be the same and
 // must not overlap otherwise; nothing needs to be aligned. No section is a copy. Bad samples and states are
-// treated as MBiquadFilter.h says. Nothing allocates. [audio]
+// treated as MBiquadFilter.h says, in a copy too. Nothing allocates. [audio]
 class MBiquadCascade {
  public:
   static void Run(std::span<const MBiquadFilter> sections, MBiquadState* states, int32_t places,

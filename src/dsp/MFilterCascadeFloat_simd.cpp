@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <cstring>
 
 #include "dsp/MFilterCascade.h"
 
@@ -109,7 +108,6 @@ void MBiquadCascade::Run(std::span<const MBiquadFilterFloat> sections, MBiquadSt
       source = out + c;
     }
     for (int32_t lane = 0; lane < count && sections.empty(); ++lane)
-      if (in[c + lane] != out[c + lane])
-        std::memcpy(out[c + lane], in[c + lane], static_cast<std::size_t>(samples) * sizeof(float));
+      for (int32_t i = 0; i < samples; ++i) out[c + lane][i] = MCleanSample(in[c + lane][i]);
   }
 }

@@ -1,5 +1,5 @@
 #pragma once
-#include "core/MAudioBuffer.h"
+#include "dsp/MDelayLine.h"
 #include "plugin/MAudioEffectPlugin.h"
 
 // Feedback delay: the output is a recirculating sum,
@@ -22,10 +22,8 @@ class EcholanAudioEffectPlugin final : public MAudioEffectPlugin {
 
  private:
   int32_t GetWantedLength() const noexcept;
-  void FitLine();
 
   enum { kFeedback, kDelay, kRowCount };
   MPluginParameter rows_[kRowCount];
-  MAudioBuffer line_;
-  int32_t position_ = 0;  // where all channels of the line are read and written next, below its length
+  MDelayLine line_;
 };

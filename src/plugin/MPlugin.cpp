@@ -72,6 +72,21 @@ void AddRealParameter(MPluginParameter& row, const MString& name, const MString&
   row.real = {minimum, maximum, defaultValue, defaultValue};
 }
 
+void AddSwitchParameter(MPluginParameter& row, const MString& name, const MString& key, const MString& help,
+                        bool defaultValue) {
+  row.kind = MParameterKind::kSwitch;
+  row.name = name;
+  row.key = key;
+  row.help = help;
+  row.onOff = {defaultValue, defaultValue};
+}
+
+void AddPanel(MPluginParameter& row, const MString& name) {
+  row.kind = MParameterKind::kPanel;
+  row.name = name;
+  row.panel = {0, nullptr};
+}
+
 double MLimitedValue(const MPluginParameter& row, double low, double high) noexcept {
   const double read = MLoadShared(row.real.value);
   const double value = std::isfinite(read) ? read : row.real.defaultValue;

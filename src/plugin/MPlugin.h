@@ -1,5 +1,6 @@
 #pragma once
 #include <algorithm>
+#include <atomic>
 #include <span>
 
 #include "core/MEvent.h"
@@ -37,6 +38,11 @@ class MPlugin : public MEventTarget {
     return -1;
   }  // [host]
 
+  // Whether an editor shows the plug-in: only then does audio compute the levels, curves and spectra that
+  // are drawn. [any]
+  void SetEditorOpen(bool isOpen) noexcept { isEditorOpen_.store(isOpen, std::memory_order_relaxed); }
+  bool IsEditorOpen() const noexcept { return isEditorOpen_.load(std::memory_order_relaxed); }
+
  protected:
   // The value of a slot; a null record reads as zeros. [any]
   static MWord GetWord(const MServiceArguments* arguments, int32_t index) noexcept;
@@ -67,6 +73,7 @@ class MPlugin : public MEventTarget {
  private:
   MHostCallback* hostCallback_ = nullptr;
   void* hostContext_ = nullptr;
+  std::atomic<bool> isEditorOpen_ = false;
 
  protected:
   MLock lock_;  // guards the plug-in's structure: editors, and what a change rebuilds under the audio's feet
@@ -79,6 +86,17 @@ class MPlugin : public MEventTarget {
 void AddRealParameter(MPluginParameter& row, const MString& name, const MString& key, const MString& help,
                       double minimum, double maximum, double defaultValue, const MString& unit = MString(),
                       MParameterFormatter* formatter = nullptr);
+
+// Fills a row of kind kSwitch; the default becomes the value.
+void AddSwitchParameter(MPluginParameter& row, const MString& name, const MString& key, const MString& help,
+                        bool defaultValue);
+// Fills a row of kind kPanel, which groups the rows behind it and keeps nothing.
+void AddPanel(MPluginParameter& row, const MString& name);
+
+// Whether a kSwitch row is on. [any]
+inline bool MIsOn(const MPluginParameter& row) noexcept {
+  return MLoadShared(row.onOff.value) != 0;
+}
 
 // The value of a kReal row for use in computations: not a finite number counts as the default, and what lies
 // outside of `low` to `high` is limited. The row keeps what the host or a state has put there. [any]

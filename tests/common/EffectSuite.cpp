@@ -8,8 +8,15 @@ struct AllowanceRow {
   const char* reason;
 };
 
-// An effect that needs an allowance gets a row here. None does so far.
-const std::vector<AllowanceRow> kAllowances = {};
+// An effect that needs an allowance gets a row here.
+const std::vector<AllowanceRow> kAllowances = {
+    {"Bendform", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
+    {"Bendform", Allowance::kPassesNoNumber, "a sample that is not finite is on no curve"},
+    {"Clampet", Allowance::kPassesNoNumber, "a sample that is no number is on no curve"},
+    {"Imprinta", Allowance::kBlocksAreHeard,
+     "a repair is as long as half a block, and channels share a place"},
+    {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
+};
 
 }  // namespace
 

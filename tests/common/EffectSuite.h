@@ -21,7 +21,9 @@ inline std::string NameOfEffect(const testing::TestParamInfo<PluginEntry>& effec
 // What an effect is allowed to do otherwise than the others.
 enum class Allowance {
   kBlocksChangeRounding,  // another split into blocks changes the audio, by up to a millionth of the peak
+  kBlocksAreHeard,        // where a block begins and ends is a part of what the effect does
   kLocks,                 // a block takes the plug-in's lock
+  kPassesNoNumber,        // a sample that is not finite may come out for one that went in, and nowhere else
 };
 
 class EffectSuite : public testing::TestWithParam<PluginEntry> {

@@ -91,6 +91,13 @@ TEST_P(EffectSuite, RowsKeepTheNumbersThatAHostPutsThere) {
   }
 }
 
+// Sets to 0 each sample whose input is not finite.
+void ClearWhereNotFinite(const AudioBlock& in, AudioBlock& out) {
+  for (int32_t c = 0; c < in.GetChannelCount(); ++c)
+    for (int32_t i = 0; i < in.GetLength(); ++i)
+      if (!std::isfinite(in[c][i])) out[c][i] = 0;
+}
+
 TEST_P(EffectSuite, WhatIsNotFiniteNeverComesOutAndIsForgottenInSilence) {
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   TestRandom random;
@@ -102,7 +109,9 @@ TEST_P(EffectSuite, WhatIsNotFiniteNeverComesOutAndIsForgottenInSilence) {
     clean.Answer(signal, {512});
     for (int32_t i = 0; i < 100; ++i) signal[random.Below(2)][random.Below(4000)] = bad;
     signal[0][3999] = bad;
-    EXPECT_TRUE(hurt.Answer(signal, {512}).IsFinite());
+    AudioBlock answer = hurt.Answer(signal, {512});
+    if (IsAllowed(Allowance::kPassesNoNumber)) ClearWhereNotFinite(signal, answer);
+    EXPECT_TRUE(answer.IsFinite());
     clean.AnswerToSilence(2, 30 * kLowRate);
     EXPECT_TRUE(hurt.AnswerToSilence(2, 30 * kLowRate).IsFinite());
     EXPECT_EQ(hurt.IsSilent(), 1);

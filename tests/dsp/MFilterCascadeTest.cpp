@@ -264,4 +264,18 @@ TEST(MFilterCascade, NothingAllocates) {
   EXPECT_EQ(CountingFunctions::GetCalls(), 0);
 }
 
+TEST(MFilterCascade, ACopyTakesWhatIsNotFiniteAsZero) {
+  AudioBlock in = AudioBlock::Constant(3, 20, 0.5), expected = in;
+  for (const float bad : {NAN, INFINITY, -INFINITY}) in[1][7] = in[2][19] = bad;
+  expected[1][7] = expected[2][19] = 0;
+  in[0][3] = expected[0][3] = 1e-40f;
+  auto states = NewStates<MBiquadState>();
+  auto floatStates = NewStates<MBiquadStateFloat>();
+  AudioBlock out(3, 20), floatOut(3, 20);
+  RunCascade(std::vector<MBiquadFilter>(), states, in, out, kPlainFilterKernels);
+  RunCascade(std::vector<MBiquadFilterFloat>(), floatStates, in, floatOut, kPlainFilterKernels);
+  EXPECT_TRUE(out == expected);
+  EXPECT_TRUE(floatOut == expected);
+}
+
 }  // namespace

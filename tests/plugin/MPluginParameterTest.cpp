@@ -58,6 +58,38 @@ TEST(MPluginParameter, RealRowWithoutUnitAndFormatterHasNone) {
   EXPECT_EQ(row.unit, "");
 }
 
+TEST(MPluginParameter, SwitchRowTakesItsDefaultAsValue) {
+  for (const bool isOn : {false, true}) {
+    MPluginParameter row;
+    AddSwitchParameter(row, "Enable", "enable", "<name>Enable</name> switches.", isOn);
+    EXPECT_EQ(row.kind, MParameterKind::kSwitch);
+    EXPECT_EQ(row.name, "Enable");
+    EXPECT_EQ(row.key, "enable");
+    EXPECT_EQ(row.help, "<name>Enable</name> switches.");
+    EXPECT_EQ(row.onOff.defaultValue, isOn);
+    EXPECT_EQ(row.onOff.value, isOn);
+    EXPECT_EQ(MIsOn(row), isOn);
+  }
+}
+
+TEST(MPluginParameter, AnyNumberButZeroSwitchesOn) {
+  MPluginParameter row;
+  AddSwitchParameter(row, "Enable", "enable", "", false);
+  for (const int32_t value : {1, 2, -1, INT32_MAX, INT32_MIN}) {
+    MStoreShared(row.onOff.value, value);
+    EXPECT_TRUE(MIsOn(row)) << value;
+  }
+}
+
+TEST(MPluginParameter, PanelHasANameAndNothingToKeep) {
+  MPluginParameter row;
+  AddPanel(row, "Low-pass filter");
+  EXPECT_EQ(row.kind, MParameterKind::kPanel);
+  EXPECT_EQ(row.name, "Low-pass filter");
+  EXPECT_EQ(row.key, "");
+  EXPECT_EQ(row.panel.open, nullptr);
+}
+
 TEST(MPluginParameter, TextIsItsAddressItsLengthAndItsFlag) {
   // A host of another make reads the record's bytes.
   const MString text("feedback");

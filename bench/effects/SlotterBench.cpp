@@ -1,0 +1,26 @@
+#include <memory>
+
+#include "bench/effects/EffectBench.h"
+
+namespace {
+
+std::unique_ptr<EffectBench> Make(bool low, bool high) {
+  auto effect = std::make_unique<EffectBench>("Slotter");
+  effect->SetSwitch("lowenable", low);
+  effect->SetSwitch("highenable", high);
+  return effect;
+}
+
+void Slotter(benchmark::State& state, bool low, bool high) {
+  Make(low, high)->Run(state);
+}
+BENCHMARK_CAPTURE(Slotter, both, true, true)->Name("Slotter")->Arg(64)->Arg(256)->Arg(1024);
+BENCHMARK_CAPTURE(Slotter, low, true, false)->Name("SlotterOneFilter")->Arg(256);
+BENCHMARK_CAPTURE(Slotter, off, false, false)->Name("SlotterOff")->Arg(256);
+
+void SlotterDecay(benchmark::State& state) {
+  Make(true, true)->RunDecay(state);
+}
+BENCHMARK(SlotterDecay)->Arg(256);
+
+}  // namespace
