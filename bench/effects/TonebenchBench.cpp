@@ -12,7 +12,7 @@ std::unique_ptr<EffectBench> Make(int32_t enabled) {
   for (int32_t i = 0; i < 6; ++i) {
     MXMLItem& point = graph.AddSubItem("point");
     point.SetAttribute("x", MString::FromDouble(2 + 0.3 * i, 4));
-    point.SetAttribute("y", i % 2 == 0 ? "6" : "-6");
+    point.SetAttribute("y", MString::Literal(i % 2 == 0 ? "6" : "-6"));
     point.SetAttribute("enabled", i < enabled ? "1" : "0");
     point.SetAttribute("q", "0.6");
   }

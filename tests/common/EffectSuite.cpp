@@ -16,6 +16,9 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Imprinta", Allowance::kBlocksAreHeard,
      "a repair is as long as half a block, and channels share a place"},
     {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
+    {"Pulsetta", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
+    {"Pulsetta", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
+    {"Roamplex", Allowance::kBlocksChangeRounding, "the phase is wrapped once a block"},
 };
 
 }  // namespace
