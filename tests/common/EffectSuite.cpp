@@ -10,6 +10,7 @@ struct AllowanceRow {
 
 // An effect that needs an allowance gets a row here.
 const std::vector<AllowanceRow> kAllowances = {
+    {"Bellwarp", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
     {"Bendform", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
     {"Bendform", Allowance::kPassesNoNumber, "a sample that is not finite is on no curve"},
     {"Clampet", Allowance::kPassesNoNumber, "a sample that is no number is on no curve"},
