@@ -19,6 +19,8 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
     {"Pulsetta", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
     {"Pulsetta", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
+    {"Quaverly", Allowance::kBlocksAreHeard, "a repair is as long as half a block"},
+    {"Quaverly", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
     {"Roamplex", Allowance::kBlocksChangeRounding, "the phase is wrapped once a block"},
 };
 

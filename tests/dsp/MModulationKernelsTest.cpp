@@ -52,6 +52,23 @@ TEST_P(MModulationKernels, MoveAPartOfOneChannelToTheOther) {
   }
 }
 
+TEST_P(MModulationKernels, InterpolateBetweenFourSamples) {
+  for (const int32_t count : kCounts) {
+    const AudioBlock line = AudioBlock::Noise(1, count + 40, random_);
+    const std::vector<double> wave = RandomWave(count);
+    AudioBlock out(1, count);
+    GetParam()->interpolate(line[0], out[0], wave.data(), 17.5, 19, count);
+    for (int32_t i = 0; i < count; ++i) {
+      const double x = 19 + i + 17.5 * wave[static_cast<std::size_t>(i)], t = x - std::floor(x);
+      const float* const at = line[0] + static_cast<int32_t>(std::floor(x)) - 1;
+      const double c = ((at[1] - at[2]) * 3.0 - at[0] + at[3]) * 0.5;
+      const double b = 2.0 * at[2] + at[0] - (5.0 * at[1] + at[3]) * 0.5;
+      ExpectClose(out[0][i], at[1] + ((c * t + b) * t + (double{at[2]} - at[0]) * 0.5) * t);
+    }
+    EXPECT_TRUE(out.GuardsHold());
+  }
+}
+
 TEST_P(MModulationKernels, WorkInPlace) {
   AudioBlock in = AudioBlock::Noise(2, 103, random_), out(2, 103);
   const std::vector<double> wave = RandomWave(103);

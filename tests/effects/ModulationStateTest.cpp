@@ -131,7 +131,7 @@ TEST_P(ModulationState, ANamedEditorIsClosedWithItsWindowOrWithTheMainOne) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Effects, ModulationState, testing::Values("Roamplex", "Pulsetta"),
+INSTANTIATE_TEST_SUITE_P(Effects, ModulationState, testing::Values("Roamplex", "Pulsetta", "Quaverly"),
                          [](const auto& name) { return std::string(name.param); });
 
 }  // namespace
