@@ -20,9 +20,6 @@ class BellwarpAudioEffectPlugin final : public MAudioEffectPlugin {
   void Process(float** in, float** out, int32_t samples) override;  // [audio]
   void Skip(int32_t samples) override;                              // [audio]
 
-  // One oscillator's wave, for its editor: settings are changed under the lock. `index` is 0 or 1. [ui]
-  MSignalGenerator& GetWave(int32_t index) noexcept { return oscillators_[index].wave; }
-
  private:
   static constexpr int32_t kOscillators = 2;
 
