@@ -12,8 +12,13 @@ inline double MLimitedAmount(const MPluginParameter& row) noexcept {
   return MLimitedValue(row, -kLargest, kLargest);
 }
 
-// Of a row that holds the decimal logarithm of hertz: the hertz for which a filter is designed. [host]
-inline double MLimitedFilterFrequency(const MPluginParameter& row, double sampleRate) noexcept {
+// Of a row that holds the decimal logarithm of hertz: the hertz, 1e-6 to 1e6. [host]
+inline double MLimitedFrequency(const MPluginParameter& row) noexcept {
   constexpr double kLargestLog10 = 6;
-  return MLimitFilterFrequency(std::pow(10.0, MLimitedValue(row, -kLargestLog10, kLargestLog10)), sampleRate);
+  return std::pow(10.0, MLimitedValue(row, -kLargestLog10, kLargestLog10));
+}
+
+// The same, for which a filter is designed. [host]
+inline double MLimitedFilterFrequency(const MPluginParameter& row, double sampleRate) noexcept {
+  return MLimitFilterFrequency(MLimitedFrequency(row), sampleRate);
 }

@@ -54,6 +54,16 @@ MWord MPlugin::Attach(void* hostContext, MHostCallback* hostCallback) {
   return MAsWord(this);
 }
 
+void MPlugin::EditorClosed(MWord window) {
+  const MLocker locker(lock_);
+  const std::span<MPluginEditorRow> rows = {block_.editors, static_cast<std::size_t>(block_.editorCount)};
+  const auto named = std::find_if(rows.begin(), rows.end(), [window](const MPluginEditorRow& row) {
+    return window != 0 && MLoadShared(*row.editor) == window;
+  });
+  for (auto row = rows.begin(); row != rows.end(); ++row)
+    if (named == rows.end() || row == named) MStoreShared(*row->editor, MWord{0});
+}
+
 MWord MPlugin::NotifyHost(int32_t code) {
   if (!hostCallback_) return 0;
   MServiceArguments arguments;

@@ -25,7 +25,8 @@ class MPlugin : public MEventTarget {
   virtual void ParameterChanged([[maybe_unused]] int32_t index) {}  // [host] index lies in the table
   virtual void Update() {}  // [host] recomputes what derives from parameters
   virtual void CreateEditor([[maybe_unused]] MControl* parent) {}  // [ui]
-  virtual void EditorClosed([[maybe_unused]] MWord window) {}      // [ui]
+  // The host destroyed this window: its row's word is cleared; if it is no named one, all words are. [ui]
+  virtual void EditorClosed(MWord window);
   // The table's rows as attributes "parameter" + key: four decimals, or a whole number. A class with more
   // data writes that and calls this. False, which is no failure. [host]
   virtual bool SaveState(MXMLItem& item);

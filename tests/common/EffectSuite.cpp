@@ -10,12 +10,18 @@ struct AllowanceRow {
 
 // An effect that needs an allowance gets a row here.
 const std::vector<AllowanceRow> kAllowances = {
+    {"Bellwarp", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
     {"Bendform", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
     {"Bendform", Allowance::kPassesNoNumber, "a sample that is not finite is on no curve"},
     {"Clampet", Allowance::kPassesNoNumber, "a sample that is no number is on no curve"},
     {"Imprinta", Allowance::kBlocksAreHeard,
      "a repair is as long as half a block, and channels share a place"},
     {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
+    {"Pulsetta", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
+    {"Pulsetta", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
+    {"Quaverly", Allowance::kBlocksAreHeard, "a repair is as long as half a block"},
+    {"Quaverly", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
+    {"Roamplex", Allowance::kBlocksChangeRounding, "the phase is wrapped once a block"},
 };
 
 }  // namespace

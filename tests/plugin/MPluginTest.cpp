@@ -76,6 +76,28 @@ TEST(MPlugin, OperationsThatAPluginDoesNotFillGiveTheirDefaults) {
   EXPECT_EQ(Serve(plugin, MService::kCommand, MAsWord("ImportSample"), 3), -1);
 }
 
+TEST(MPlugin, AClosedWindowClearsItsRowsWordAndAnyOtherOneClearsAll) {
+  struct EditedPlugin : MPlugin {
+    EditedPlugin() {
+      for (int32_t i = 0; i < 2; ++i) rows[i].editor = &words[i];
+      SetEditors(rows);
+    }
+    MWord words[2] = {11, 12};
+    MPluginEditorRow rows[2];
+  };
+  EditedPlugin plugin;
+  Serve(plugin, MService::kEditorClosed, 12);
+  EXPECT_EQ(plugin.words[0], 11);
+  EXPECT_EQ(plugin.words[1], 0);
+  for (const MWord other : {99, 0}) {
+    plugin.words[0] = 11;
+    plugin.words[1] = 12;
+    Serve(plugin, MService::kEditorClosed, other);
+    EXPECT_EQ(plugin.words[0], 0) << other;
+    EXPECT_EQ(plugin.words[1], 0) << other;
+  }
+}
+
 TEST(MPlugin, EachServiceCallsItsOperationWithItsArguments) {
   NotingPlugin plugin;
   MWord item = 0;

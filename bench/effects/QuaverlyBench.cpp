@@ -1,0 +1,15 @@
+#include "bench/effects/EffectBench.h"
+
+namespace {
+
+void Quaverly(benchmark::State& state) {
+  EffectBench("Quaverly").Run(state);
+}
+BENCHMARK(Quaverly)->Arg(64)->Arg(256)->Arg(1024);
+
+void QuaverlyDecay(benchmark::State& state) {
+  EffectBench("Quaverly").RunDecay(state);
+}
+BENCHMARK(QuaverlyDecay)->Arg(256);
+
+}  // namespace
