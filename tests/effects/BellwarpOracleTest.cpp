@@ -16,6 +16,9 @@ struct OscillatorModel {
 class BellwarpModel {
  public:
   static constexpr const char* kName = "Bellwarp";
+  // Depths beyond their range make gains of up to 7.5, and each of the two multiplies the rounding of the
+  // other one's table.
+  static constexpr double kTolerance = 4e-6;
 
   BellwarpModel() {
     for (OscillatorModel& o : both_) o.wave.Build();

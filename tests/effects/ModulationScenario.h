@@ -2,6 +2,7 @@
 // An effect with low-frequency oscillators and a plain model of it in doubles, taken through the same random
 // calls. A Model has
 //   static constexpr const char* kName;
+//   static constexpr double kTolerance;                   of the peak
 //   void Prepare(int32_t channels, int32_t sampleRate);   a rate of 0 keeps what runs
 //   void Set(int32_t row, double value);                  within the limits of its kind
 //   void SetWave(int32_t wave, double shape, double customDepth, const MEnvelopeData& curve);
@@ -115,7 +116,7 @@ class ModulationScenario {
     const bool inPlace = random_.OneIn(2);
     effect_.Process(in.From(), inPlace ? in.From() : out.From(), in.GetLength());
     const AudioBlock& result = inPlace ? in : out;
-    ASSERT_LE(result.GetDistance(expected), 1e-6 * peak);
+    ASSERT_LE(result.GetDistance(expected), Model::kTolerance * peak);
     ASSERT_TRUE(in.GuardsHold() && out.GuardsHold());
     ASSERT_TRUE(effect_.IsSilent());
   }

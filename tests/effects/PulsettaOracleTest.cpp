@@ -7,6 +7,7 @@ namespace {
 class PulsettaModel {
  public:
   static constexpr const char* kName = "Pulsetta";
+  static constexpr double kTolerance = 1e-6;
 
   void Prepare(int32_t channels, int32_t sampleRate) {
     channels_ = channels;

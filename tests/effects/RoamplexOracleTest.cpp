@@ -7,6 +7,7 @@ namespace {
 class RoamplexModel {
  public:
   static constexpr const char* kName = "Roamplex";
+  static constexpr double kTolerance = 1e-6;
 
   void Prepare(int32_t channels, int32_t sampleRate) {
     channels_ = channels;
