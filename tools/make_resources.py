@@ -24,6 +24,7 @@ from pathlib import Path
 LARGEST_SMALL = 0x7FFFFFFF  # bytes of all items of the small form
 LARGEST_INDEX = 0x200000  # bytes of the index of the large form as it lies in the file
 LARGEST_TEXT = 64 << 20  # bytes of its index text
+MOST_MARKS = 0x200000  # bytes of it that readers count as beginnings of elements and attributes
 ENTITIES = {"&": "&amp;", "<": "&lt;", ">": "&gt;", "'": "&apos;", '"': "&quot;"}
 ITEMS_COMPRESSED, INDEX_COMPRESSED, BZIP2 = 1, 2, 4
 
@@ -64,10 +65,7 @@ def read_items(words):
         if folded(name) in seen:
             raise Failure(f"{path}: the id {name!r} is that of {seen[folded(name)]} already")
         seen[folded(name)] = path
-        try:
-            items.append((name, path.read_bytes()))
-        except OSError as failure:
-            raise Failure(f"{path}: {failure.strerror}") from None
+        items.append((name, path.read_bytes()))
     return items
 
 
@@ -104,7 +102,8 @@ def large(items, kind, flags):
         data += pack(content, 9) if flags & ITEMS_COMPRESSED else content
     text = index_text(rows, kind)
     index = pack(text, 9) if flags & INDEX_COMPRESSED else text
-    if len(index) > LARGEST_INDEX or len(text) > LARGEST_TEXT:
+    marks = sum(text.count(mark) for mark in (b"<", b"=", b"\xBC", b"\xBD"))
+    if len(index) > LARGEST_INDEX or len(text) > LARGEST_TEXT or marks > MOST_MARKS:
         raise Failure(f"an index of {len(index)} bytes for {len(items)} items is too long")
     return bytes(data) + index + hashlib.md5(text).digest() + struct.pack("<QI", len(index), flags)
 
@@ -144,6 +143,8 @@ def arguments(words):
     options = parser.parse_args(words)
     if not re.fullmatch(r"[A-Za-z0-9_.-]*", options.type):
         parser.error(f"the type {options.type!r} cannot stand in an element's name")
+    if not options.output.name:
+        parser.error(f"{str(options.output)!r} is no name of a file")
     if options.cpp is not None and not re.fullmatch(r"[A-Za-z_][A-Za-z0-9_]*", options.cpp):
         parser.error(f"{options.cpp!r} is no name in C++")
     if not options.large and (options.compress_index or options.bzip2):
@@ -163,6 +164,8 @@ def main(words):
         write(options.output, cpp_source(library, options.cpp) if options.cpp else library)
     except Failure as failure:
         sys.exit(f"make_resources: {failure}")
+    except OSError as failure:
+        sys.exit(f"make_resources: {failure.filename}: {failure.strerror}")
 
 
 if __name__ == "__main__":

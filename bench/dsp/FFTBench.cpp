@@ -5,10 +5,13 @@
 #include <kissfft/kiss_fftr.h>
 
 #include <algorithm>
+#include <memory>
 #include <vector>
 
 #include "bench/Calibrated.h"
-#include "dsp/MRealFFT.h"
+#include "core/MFlushDenormals.h"
+#include "dsp/MAudioFFTProcessorCrossFade.h"
+#include "dsp/MAudioFFTReader.h"
 
 namespace {
 
@@ -92,5 +95,47 @@ void RealFFTKissFFT(benchmark::State& state) {
   kiss_fftr_free(inverse);
 }
 BENCHMARK(RealFFTKissFFT)->Arg(256)->Arg(1024)->Arg(4096)->Arg(16384);
+
+// Blocks of 256 stereo frames through the processor; per frame, as an effect counts.
+void CrossFadeProcessor(benchmark::State& state) {
+  constexpr int32_t kBlock = 256;
+  const int32_t size = static_cast<int32_t>(state.range(0));
+  MAudioQueue source, destination;
+  source.Prepare(2, 48000, kBlock + size);
+  destination.Prepare(2, 48000, kBlock + 4 * size);
+  MAudioFFTProcessorCrossFade processor(source, destination, size, nullptr, nullptr);
+  processor.Prepare();
+  const std::vector<float> left = Noise(kBlock), right = left;
+  std::vector<float> leftOut(kBlock), rightOut(kBlock);
+  Calibrate(state);
+  const MFlushDenormals flush;
+  for (auto _ : state) {
+    const float* const in[] = {left.data(), right.data()};
+    float* const out[] = {leftOut.data(), rightOut.data()};
+    source.Append(in, kBlock);
+    processor.Run();
+    destination.Read(out, kBlock);
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kBlock);
+}
+BENCHMARK(CrossFadeProcessor)->Arg(4096);
+
+// Blocks of 256 samples with an overlap of a half; per sample.
+void SpectrumReader(benchmark::State& state) {
+  class Reader : public MAudioFFTReader {
+    void HandleSpectrum(int32_t, float* spectrum) override { benchmark::DoNotOptimize(spectrum); }
+  };
+  constexpr int32_t kBlock = 256;
+  const auto reader = std::make_unique<Reader>();
+  reader->SetSize(static_cast<int32_t>(state.range(0)));
+  reader->SetOverlap(0.5);
+  const std::vector<float> samples = Noise(kBlock);
+  Calibrate(state);
+  const MFlushDenormals flush;
+  for (auto _ : state) reader->Feed(samples.data(), kBlock);
+  state.SetItemsProcessed(state.iterations() * kBlock);
+}
+BENCHMARK(SpectrumReader)->Arg(4096);
 
 }  // namespace

@@ -36,6 +36,7 @@ class Folder {
   ~Folder() { std::filesystem::remove_all(path_); }
   std::string In() const { return path_ / "in.wav"; }
   std::string Out() const { return path_ / "out.wav"; }
+  std::string Data() const { return path_ / "data"; }
 
  private:
   std::filesystem::path path_;
@@ -49,8 +50,8 @@ const Folder& TheFolder() {
 void RenderTenMinutes(benchmark::State& state) {
   Calibrate(state);
   const Folder& folder = TheFolder();
-  const std::string command =
-      SONVELLE_COMMAND " render Echolan " + folder.In() + " " + folder.Out() + " 2>/dev/null";
+  const std::string command = "XDG_DATA_HOME=" + folder.Data() + " " SONVELLE_COMMAND " render Echolan " +
+                              folder.In() + " " + folder.Out() + " 2>/dev/null";
   for (auto _ : state)
     if (std::system(command.c_str()) != 0) state.SkipWithError("the command failed");
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/MEncoding.h"
 #include "plugin/MParameterText.h"
 
 namespace bridge {
@@ -83,6 +84,10 @@ std::string GetText(const MPluginParameter& row, double value) {
   return ToUtf8(MParameterText(row, value));
 }
 
+std::optional<double> ReadText(const MPluginParameter& row, std::string_view text) {
+  return ParseParameterText(row, FromUtf8(text));
+}
+
 std::string GetPlainHelp(const MPluginParameter& row) {
   const std::string help = ToUtf8(row.help);
   std::string plain;
@@ -99,6 +104,10 @@ std::string GetPlainHelp(const MPluginParameter& row) {
 std::string ToUtf8(const MString& text) {
   const MBytes bytes = EncodeNarrow(text);
   return std::string(bytes.GetText(), static_cast<std::size_t>(bytes.GetSize() - 1));
+}
+
+MString FromUtf8(std::string_view text) {
+  return MEncoding::UTF8Codec::Get().Decode(text.data(), static_cast<int32_t>(text.size()));
 }
 
 }  // namespace bridge

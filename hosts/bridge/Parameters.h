@@ -1,6 +1,7 @@
 #pragma once
 // One row of a plug-in's table as a host sees it: whatever its kind, its value is a number.
 
+#include <optional>
 #include <string>
 
 #include "plugin/MHostInterface.h"
@@ -30,9 +31,16 @@ void StoreValue(MPluginParameter& row, double value) noexcept;
 // choice. UTF-8. May raise MException.
 std::string GetText(const MPluginParameter& row, double value);
 
+// The value that a text of GetText, or one that means the same to a musician ("-6 dB", "1.2 kHz", "Soft 2",
+// "on"), stands for: plugin/MParameterText.h. UTF-8. It may lie outside of the row's range. May raise
+// MException.
+std::optional<double> ReadText(const MPluginParameter& row, std::string_view text);
+
 // The help text without its mark-up, UTF-8.
 std::string GetPlainHelp(const MPluginParameter& row);
 
 std::string ToUtf8(const MString& text);
+// What is no UTF-8 becomes replacement characters.
+MString FromUtf8(std::string_view text);
 
 }  // namespace bridge

@@ -55,6 +55,19 @@ void Plugin::SetValue(int32_t index, double value) {
   Call(MService::kParameterChanged, index);
 }
 
+void Plugin::SaveState(MXMLItem& item) {
+  Call(MService::kSaveState, MAsWord(&item));
+}
+
+void Plugin::LoadState(MXMLItem& item) {
+  Call(MService::kLoadState, MAsWord(&item));
+  Call(MService::kStateLoaded);
+}
+
+MWord Plugin::Command(const char* name, MWord argument) {
+  return Call(MService::kCommand, MAsWord(name), argument);
+}
+
 void Plugin::Prepare(int32_t channels, int32_t sampleRate) {
   Call(MService::kPrepare, channels, sampleRate);
 }

@@ -3,6 +3,8 @@
 
 #include "hosts/bridge/Parameters.h"
 
+class MXMLItem;
+
 namespace bridge {
 
 // One instance of a plug-in, from kAttach to kDestroy. Every operation is one service; an exception of the
@@ -26,6 +28,14 @@ class Plugin {
   // Stores the value as StoreValue does and tells the plug-in; between blocks. The index lies in the table.
   // [any]
   void SetValue(int32_t index, double value);
+
+  // Writes the plug-in's state to the item, beside what that has already. Its texts may point into the
+  // library. [host]
+  void SaveState(MXMLItem& item);
+  // Takes over the state in the item, all of it: what the item lacks gets its default. Between blocks. [host]
+  void LoadState(MXMLItem& item);
+  // Runs a command of the plug-in; -1 if it knows none of that name. [host]
+  MWord Command(const char* name, MWord argument = 0);
 
   // Sets the format of all later blocks and clears the plug-in's memory. [host]
   void Prepare(int32_t channels, int32_t sampleRate);

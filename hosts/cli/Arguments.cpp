@@ -5,6 +5,7 @@
 #include <cmath>
 
 #include "hosts/cli/Failure.h"
+#include "hosts/cli/ManPage.h"
 #include "hosts/cli/Words.h"
 
 namespace cli {
@@ -16,6 +17,7 @@ struct Parser {
   Parser();
   Arguments Parse(int argc, char** argv);
   std::string GetHelp(const std::string& command);
+  std::string GetManPage();
 
  private:
   std::vector<std::string_view> GetCommands() const;
@@ -23,6 +25,9 @@ struct Parser {
   void AddList();
   void AddParams();
   void AddRender();
+  void AddState();
+  void AddInfo();
+  void AddRegister();
   void AddHelp();
   Arguments GetResult();
 
@@ -30,10 +35,45 @@ struct Parser {
   ListArguments list_;
   ParamsArguments params_;
   RenderArguments render_;
+  StateArguments state_;
+  InfoArguments info_;
   std::string block_ = "512";
   std::string tail_ = "0";
   std::string helpCommand_;
+  bool helpAsManPage_ = false;
 };
+
+constexpr char kDashes[] = "File names that begin with \"-\" stand behind \"--\".";
+
+std::string ExitCodes() {
+  std::string text;
+  for (std::size_t i = 0; i < std::size(kExitTexts); ++i)
+    text += (i == 0 ? "Exit codes: " : ", ") + std::to_string(i) + " " + kExitTexts[i];
+  return text + ".";
+}
+
+CLI::Option* AddName(CLI::App& command, const char* name, std::string& target, const char* description) {
+  return command.add_option(name, target, description)->required()->type_name("");
+}
+
+// What a plug-in is to begin with.
+void AddValues(CLI::App& command, std::optional<std::string>& state, std::vector<std::string>& settings) {
+  command
+      .add_option("--state", state,
+                  "Load a state as \"sonvelle state\" prints it. What it does not tell gets its default.")
+      ->type_name("FILE");
+  command
+      .add_option(
+          "--set", settings,
+          "Set a parameter, behind the state. A number alone is in the units of \"sonvelle params\": "
+          "log10 of hertz for frequencies, square roots for thresholds, an index for lists, 0 or 1 for "
+          "switches. A text is what the parameter shows, such as \"440 Hz\", \"-6 dB\", \"120 ms\", "
+          "\"50%\", \"on\" or a choice of a list. Repeat it for more parameters.")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->take_all()
+      ->type_name("KEY=VALUE");
+}
 
 Parser::Parser() {
   app_.set_help_flag("-h,--help", "Print this help.");
@@ -45,6 +85,9 @@ Parser::Parser() {
   AddList();
   AddParams();
   AddRender();
+  AddState();
+  AddInfo();
+  AddRegister();
   AddHelp();
   for (CLI::App* const command : app_.get_subcommands(nullptr)) command->group("Commands");
 }
@@ -57,34 +100,18 @@ void Parser::AddList() {
 void Parser::AddParams() {
   CLI::App& params = *app_.add_subcommand(
       "params", "List the parameters of a plug-in: key, name, kind, range, default, its display text, help.");
-  params.add_option("NAME", params_.plugin, "Plug-in, by its exact name in \"sonvelle list\".")
-      ->required()
-      ->type_name("");
+  AddName(params, "NAME", params_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
   params.add_flag("--json", params_.json,
-                  "Print JSON: key, name, kind, range, default, text, help, choices.");
+                  "Print JSON: key, name, kind, range, rangeText, default, text, help, choices.");
 }
 
 void Parser::AddRender() {
   CLI::App& render = *app_.add_subcommand(
       "render", "Send a sound file through an effect into a 32-bit float WAV file of its channels and rate.");
-  render.add_option("EFFECT", render_.effect, "Effect, by its exact name in \"sonvelle list\".")
-      ->required()
-      ->type_name("");
-  render.add_option("IN", render_.input, "Sound file to read, of any format that libsndfile knows.")
-      ->required()
-      ->type_name("");
-  render.add_option("OUT.wav", render_.output, "File to write; it is complete or not there.")
-      ->required()
-      ->type_name("");
-  render
-      .add_option("--set", render_.settings,
-                  "Set a parameter, in its units in \"sonvelle params\": log10 of hertz for frequencies, "
-                  "square roots for thresholds, an index for lists, 0 or 1 for switches. Repeat it for more "
-                  "parameters. Default: each parameter's own.")
-      ->expected(1)
-      ->allow_extra_args(false)
-      ->take_all()
-      ->type_name("KEY=NUMBER");
+  AddName(render, "EFFECT", render_.effect, "Effect, by its exact name in \"sonvelle list\".");
+  AddName(render, "IN", render_.input, "Sound file to read, of any format that libsndfile knows.");
+  AddName(render, "OUT.wav", render_.output, "File to write; it is complete or not there.");
+  AddValues(render, render_.state, render_.settings);
   render
       .add_option("--block", block_,
                   "Frames that the effect gets at a time, 1 to " + std::to_string(kMaximumBlockFrames) +
@@ -96,15 +123,34 @@ void Parser::AddRender() {
                       ", or \"auto\": until the effect is silent, " +
                       std::to_string(kMaximumAutomaticTailSeconds) + " seconds at most. Default: 0.")
       ->type_name("SECONDS|auto");
-  render.footer(
-      "File names that begin with \"-\" stand behind \"--\".\n"
-      "Exit codes: 0 done, 1 a file or its contents, 2 usage, 3 a plug-in, 4 the output could not "
-      "be written.");
+  render.footer(std::string(kDashes) + "\n" + ExitCodes());
+}
+
+void Parser::AddState() {
+  CLI::App& state = *app_.add_subcommand("state", "Print the state that a plug-in would save, as XML.");
+  AddName(state, "NAME", state_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
+  AddValues(state, state_.state, state_.settings);
+  state.footer(
+      "The root \"state\" has the attribute \"plugin\", the plug-in's name. \"--state\" refuses a state of "
+      "another plug-in.");
+}
+
+void Parser::AddInfo() {
+  CLI::App& info = *app_.add_subcommand("info", "Print what a file holds, as JSON.");
+  AddName(info, "FILE", info_.file, "Resource library (.mrf): the id and the size of each item.");
+  info.footer(kDashes);
+}
+
+void Parser::AddRegister() {
+  app_.add_subcommand(
+      "register",
+      "Write the plug-ins to the registry, where hosts find them, and print the registry's files.");
 }
 
 void Parser::AddHelp() {
   CLI::App& help = *app_.add_subcommand("help", "Print the help of a command, or this one.");
   help.add_option("COMMAND", helpCommand_, "Command to explain.")->type_name("");
+  help.add_flag("--man", helpAsManPage_, "Print the manual page, which explains all commands.");
 }
 
 std::vector<std::string_view> Parser::GetCommands() const {
@@ -124,6 +170,26 @@ std::string Parser::GetHelp(const std::string& command) {
   if (command.empty()) return app_.help();
   RequireCommand(command);
   return app_.get_subcommand(command)->help("sonvelle");
+}
+
+CommandHelp DescribeCommand(const CLI::App& command) {
+  CommandHelp help{command.get_name(), command.get_description(), command.get_footer(), {}};
+  for (const CLI::Option* const option : command.get_options()) {
+    if (option->check_name("--help")) continue;
+    CommandHelp::Word word{option->get_name(), option->get_type_name(), option->get_description()};
+    word.isOption = !option->get_positional();
+    word.isRequired = option->get_required();
+    word.isRepeated = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
+    help.words.push_back(std::move(word));
+  }
+  return help;
+}
+
+std::string Parser::GetManPage() {
+  std::vector<CommandHelp> commands;
+  for (const CLI::App* const command : app_.get_subcommands(nullptr))
+    commands.push_back(DescribeCommand(*command));
+  return MakeManPage(app_.get_description(), commands);
 }
 
 int32_t ParseBlock(const std::string& text) {
@@ -146,7 +212,13 @@ std::optional<double> ParseTail(const std::string& text) {
 Arguments Parser::GetResult() {
   if (app_.got_subcommand("list")) return list_;
   if (app_.got_subcommand("params")) return params_;
-  if (app_.got_subcommand("help")) return PrintArguments{Parser().GetHelp(helpCommand_)};
+  if (app_.got_subcommand("state")) return state_;
+  if (app_.got_subcommand("info")) return info_;
+  if (app_.got_subcommand("register")) return RegisterArguments();
+  if (app_.got_subcommand("help")) {
+    Parser fresh;
+    return PrintArguments{helpAsManPage_ ? fresh.GetManPage() : fresh.GetHelp(helpCommand_)};
+  }
   render_.blockFrames = ParseBlock(block_);
   render_.tailSeconds = ParseTail(tail_);
   return render_;

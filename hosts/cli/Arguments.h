@@ -16,11 +16,24 @@ struct ParamsArguments {
   bool json = false;
 };
 
+struct StateArguments {
+  std::string plugin;
+  std::optional<std::string> state;   // file to start from
+  std::vector<std::string> settings;  // "key=value", as typed
+};
+
+struct InfoArguments {
+  std::string file;
+};
+
+struct RegisterArguments {};
+
 struct RenderArguments {
   std::string effect;
   std::string input;
   std::string output;
-  std::vector<std::string> settings;  // "key=number", as typed
+  std::optional<std::string> state;   // file
+  std::vector<std::string> settings;  // "key=value", as typed
   int32_t blockFrames = 512;
   std::optional<double> tailSeconds = 0;  // none: until the effect is silent
 };
@@ -30,7 +43,8 @@ struct PrintArguments {
   std::string text;
 };
 
-using Arguments = std::variant<PrintArguments, ListArguments, ParamsArguments, RenderArguments>;
+using Arguments = std::variant<PrintArguments, ListArguments, ParamsArguments, RenderArguments,
+                               StateArguments, InfoArguments, RegisterArguments>;
 
 constexpr int32_t kMaximumBlockFrames = 1 << 20;
 constexpr double kMaximumTailSeconds = 86400;

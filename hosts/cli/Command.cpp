@@ -10,8 +10,11 @@
 #include "hosts/bridge/PluginLibrary.h"
 #include "hosts/cli/Arguments.h"
 #include "hosts/cli/Failure.h"
+#include "hosts/cli/Info.h"
 #include "hosts/cli/Listing.h"
 #include "hosts/cli/RenderCommand.h"
+#include "hosts/cli/Settings.h"
+#include "hosts/cli/State.h"
 #include "hosts/cli/System.h"
 #include "hosts/cli/Words.h"
 
@@ -51,11 +54,13 @@ const bridge::PluginType& RequirePlugin(const bridge::PluginTable& plugins, cons
   throw Failure(ExitCode::kUsage, line + " (see: sonvelle list)");
 }
 
-// One command with the plug-ins that are there.
+// One command, with the library if it needs one.
 struct Run {
-  const bridge::PluginTable& plugins;
+  const bridge::PluginLibrary& library;
+  const bridge::PluginTable& plugins = library.GetPlugins();
 
-  void operator()(const PrintArguments& arguments) const { Print(arguments.text); }
+  void operator()(const PrintArguments&) const {}  // needs none
+  void operator()(const InfoArguments&) const {}   // needs none
   void operator()(const ListArguments& arguments) const {
     Print(arguments.json ? ListAsJson(plugins) : ListAsText(plugins));
   }
@@ -66,13 +71,33 @@ struct Run {
   void operator()(const RenderArguments& arguments) const {
     Render(RequirePlugin(plugins, arguments.effect), arguments);
   }
+  void operator()(const StateArguments& arguments) const {
+    bridge::Plugin plugin(RequirePlugin(plugins, arguments.plugin).entryPoint);
+    const std::vector<Setting> settings = ReadSettings(plugin, arguments.plugin, arguments.settings);
+    MXMLItem state;
+    if (arguments.state) {
+      ReadState(*arguments.state, arguments.plugin, state);
+      plugin.LoadState(state);
+    }
+    for (const Setting& setting : settings) plugin.SetValue(setting.index, setting.value);
+    Print(GetStateText(plugin, arguments.plugin));
+  }
+  void operator()(const RegisterArguments&) const {
+    try {
+      std::string text;
+      for (const std::string& file : library.Register()) text += file + "\n";
+      Print(text);
+    } catch (const MException& raised) {
+      throw Failure(ExitCode::kOutput, "the registry could not be written", bridge::ToUtf8(raised.message));
+    }
+  }
 };
 
 // An exception of the library points into it, so it becomes a Failure while the library is there.
 void RunWithLibrary(const Arguments& arguments) {
   const bridge::PluginLibrary library(FindLibrary());
   try {
-    std::visit(Run{library.GetPlugins()}, arguments);
+    std::visit(Run{library}, arguments);
   } catch (const MException& raised) {
     throw Failure(ExitCode::kPlugin, "the plug-in raised an exception", bridge::ToUtf8(raised.message));
   }
@@ -91,6 +116,8 @@ int RunOrThrow(int argc, char** argv) {
   const Arguments arguments = ParseArguments(argc, argv);
   if (const auto* const print = std::get_if<PrintArguments>(&arguments))
     Print(print->text);
+  else if (const auto* const info = std::get_if<InfoArguments>(&arguments))
+    Print(DescribeFile(info->file));
   else
     RunWithLibrary(arguments);
   return static_cast<int>(ExitCode::kDone);

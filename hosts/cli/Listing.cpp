@@ -32,6 +32,26 @@ std::string ListAsText(const bridge::PluginTable& plugins) {
   return text;
 }
 
+namespace {
+
+// What stands below a parameter: its help, and what "--set" takes beside numbers.
+std::string HelpLines(const MPluginParameter& row, const bridge::ParameterRange& range) {
+  const std::string help = bridge::GetPlainHelp(row);
+  std::string lines = help.empty() ? "" : "    " + help + "\n";
+  if (row.kind == MParameterKind::kEnumeration) {
+    std::string choices;
+    for (int32_t i = 0; i < row.enumeration.count; ++i)
+      choices += (i == 0 ? "" : ", ") + std::string(row.enumeration.choices[i]);
+    lines += "    Choices: " + choices + "\n";
+  } else if (row.formatter) {
+    lines += "    Shown range: " + bridge::GetText(row, range.minimum) + " to " +
+             bridge::GetText(row, range.maximum) + "\n";
+  }
+  return lines;
+}
+
+}  // namespace
+
 std::string ParametersAsText(const bridge::Plugin& plugin) {
   std::vector<std::vector<std::string>> rows = {{"KEY", "NAME", "KIND", "RANGE", "DEFAULT", "SHOWN AS"}};
   std::vector<std::string> helps = {""};
@@ -41,12 +61,11 @@ std::string ParametersAsText(const bridge::Plugin& plugin) {
     rows.push_back({bridge::ToUtf8(row.key), bridge::ToUtf8(row.name), KindName(row.kind),
                     NumberText(range.minimum) + " to " + NumberText(range.maximum),
                     NumberText(range.defaultValue), bridge::GetText(row, range.defaultValue)});
-    helps.push_back(bridge::GetPlainHelp(row));
+    helps.push_back(HelpLines(row, range));
   }
   const std::vector<std::string> lines = Columns(rows);
   std::string text;
-  for (std::size_t i = 0; i < lines.size(); ++i)
-    text += lines[i] + "\n" + (helps[i].empty() ? "" : "    " + helps[i] + "\n");
+  for (std::size_t i = 0; i < lines.size(); ++i) text += lines[i] + "\n" + helps[i];
   return text;
 }
 

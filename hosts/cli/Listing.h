@@ -6,6 +6,8 @@
 #include "hosts/bridge/Plugin.h"
 #include "hosts/bridge/PluginTable.h"
 
+class MResourceLibrary;
+
 namespace cli {
 
 std::string ListAsText(const bridge::PluginTable& plugins);
@@ -14,6 +16,9 @@ std::string ListAsJson(const bridge::PluginTable& plugins);
 // Rows without a value, which only group others in an editor, are left out.
 std::string ParametersAsText(const bridge::Plugin& plugin);
 std::string ParametersAsJson(const bridge::Plugin& plugin);
+
+// The items in the order of the index, with the sizes that it states.
+std::string ResourcesAsJson(const MResourceLibrary& library);
 
 // "effect" or "instrument"; "real", "integer", "enumeration" or "switch".
 const char* KindName(bridge::PluginKind kind) noexcept;

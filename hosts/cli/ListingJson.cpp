@@ -1,6 +1,7 @@
 #include <nlohmann/json.hpp>
 
 #include "hosts/cli/Listing.h"
+#include "resources/MResourceLibrary.h"
 
 namespace cli {
 
@@ -36,6 +37,8 @@ std::string ParametersAsJson(const bridge::Plugin& plugin) {
     json["name"] = bridge::ToUtf8(row.name);
     json["kind"] = KindName(row.kind);
     json["range"] = Json::array({Number(row, range.minimum), Number(row, range.maximum)});
+    json["rangeText"] =
+        Json::array({bridge::GetText(row, range.minimum), bridge::GetText(row, range.maximum)});
     json["default"] = Number(row, range.defaultValue);
     json["text"] = bridge::GetText(row, range.defaultValue);
     json["help"] = bridge::ToUtf8(row.help);
@@ -45,6 +48,13 @@ std::string ParametersAsJson(const bridge::Plugin& plugin) {
     list.push_back(json);
   }
   return Print(list);
+}
+
+std::string ResourcesAsJson(const MResourceLibrary& library) {
+  Json resources = Json::array();
+  for (const MResource* const resource : library.GetResources())
+    resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
+  return Print({{"kind", "resources"}, {"resources", resources}});
 }
 
 }  // namespace cli

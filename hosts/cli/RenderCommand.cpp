@@ -8,6 +8,7 @@
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Progress.h"
 #include "hosts/cli/Settings.h"
+#include "hosts/cli/State.h"
 #include "hosts/cli/System.h"
 #include "hosts/cli/Words.h"
 
@@ -42,7 +43,8 @@ std::optional<int64_t> Add(std::optional<int64_t> frames, int64_t more) {
   return frames ? std::optional(*frames + more) : std::nullopt;
 }
 
-EffectRender::Levels RenderFile(bridge::Plugin& effect, const std::vector<Setting>& settings,
+// `state` is null for none.
+EffectRender::Levels RenderFile(bridge::Plugin& effect, MXMLItem* state, const std::vector<Setting>& settings,
                                 const RenderArguments& arguments) {
   AudioReader reader(arguments.input);
   const EffectRender::Format format = MakeFormat(reader.GetFormat(), arguments);
@@ -50,6 +52,7 @@ EffectRender::Levels RenderFile(bridge::Plugin& effect, const std::vector<Settin
   AudioWriter writer(output, format.audio,
                      Add(reader.GetFrames(), format.tailFrames.value_or(format.mostTailFrames)));
   effect.Prepare(format.audio.channels, format.audio.sampleRate);
+  if (state) effect.LoadState(*state);
   for (const Setting& setting : settings) effect.SetValue(setting.index, setting.value);
   EffectRender render(effect, format);
   {
@@ -71,11 +74,14 @@ EffectRender::Levels RenderFile(bridge::Plugin& effect, const std::vector<Settin
 void Render(const bridge::PluginType& type, const RenderArguments& arguments) {
   if (type.kind != bridge::PluginKind::kEffect)
     throw Failure(ExitCode::kUsage, arguments.effect + " is no effect");
-  if (IsSameFile(arguments.input, arguments.output))
-    throw Failure(ExitCode::kUsage, arguments.input + " and " + arguments.output + " are the same file");
+  for (const std::string& source : {arguments.input, arguments.state.value_or("")})
+    if (IsSameFile(source, arguments.output))
+      throw Failure(ExitCode::kUsage, source + " and " + arguments.output + " are the same file");
   bridge::Plugin effect(type.entryPoint);
   const std::vector<Setting> settings = ReadSettings(effect, arguments.effect, arguments.settings);
-  WarnOf(RenderFile(effect, settings, arguments), arguments.output);
+  MXMLItem state;
+  if (arguments.state) ReadState(*arguments.state, arguments.effect, state);
+  WarnOf(RenderFile(effect, arguments.state ? &state : nullptr, settings, arguments), arguments.output);
 }
 
 }  // namespace cli

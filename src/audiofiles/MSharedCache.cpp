@@ -12,10 +12,12 @@ MSharedCache::~MSharedCache() {
 }
 
 MSharedCache::Entry* MSharedCache::Find(const MString& path) {
-  for (Entry* entry : entries_)
-    if (entry->path == path || (entry->path.Compare(path) == 0 && !AreDifferentFiles(entry->path, path)))
-      return entry;
-  return nullptr;
+  Entry* alike = nullptr;
+  for (Entry* entry : entries_) {
+    if (entry->path == path) return entry;
+    if (!alike && entry->path.Compare(path) == 0 && !AreDifferentFiles(entry->path, path)) alike = entry;
+  }
+  return alike;
 }
 
 MSharedCache::Entry& MSharedCache::Find(const MObject* item) {

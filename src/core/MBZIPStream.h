@@ -3,7 +3,7 @@
 
 // A filter for the format of bzip2, one stream of it. The level is the size of a block in 100 kB; level 0
 // does not exist and raises "Could not initialize deflating.". IsEnd is HasEnded: never true in a source that
-// was cut off.
+// was cut off, and nothing is raised without a base.
 class MBZIPStream : public MCompressionStream {
  public:
   // Opens.

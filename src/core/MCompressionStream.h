@@ -10,7 +10,7 @@
 // cannot let it through.
 //
 // A failure of the library or of the base closes the filter: nothing can be put right behind it, and
-// destroying it is silent then. Without a base Write, Read, Finish, Flush and IsEnd raise "File stream is not
+// destroying it is silent then. Without a base Write, Read, Finish and Flush raise "File stream is not
 // initialized." (kStreamClosed).
 //
 // Seek is the forward-only default, GetSize and Truncate are not implemented.

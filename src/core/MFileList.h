@@ -22,7 +22,7 @@ struct MFileTree {
   MList<MString> files;
   std::vector<MFileTree, MAllocator<MFileTree>> folders;
 
-  // Far more than a path can have parts for the system's calls, far less than the stack can hold.
+  // Folders below are left out: far deeper than anybody nests samples, far less than the stack can hold.
   static constexpr int32_t kMaximumDepth = 500;
 
   // All files and folders that are not hidden, in the order of GetFileList, without links to folders. What

@@ -6,6 +6,9 @@
 // Whether there is a folder of that name, or a link to one.
 bool FolderExists(const MString& path);
 
+// Whether there is anything of that name, or a link to it.
+bool FileExists(const MString& path);
+
 // Makes all folders of the path that are missing, from left to right. What exists is skipped, and so is the
 // whole of an empty path. Raises "Could not create path "{0}"."; what was made until then stays.
 void CreatePath(const MString& path);

@@ -53,6 +53,11 @@ bool FolderExists(const MString& path) {
   return stat(MEncodePath(path).GetText(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+bool FileExists(const MString& path) {
+  struct stat info;
+  return stat(MEncodePath(path).GetText(), &info) == 0;
+}
+
 void CreatePath(const MString& path) {
   for (int32_t start = 0; start < path.GetLength();) {
     const int32_t slash = path.Find(u'/', start);

@@ -1,6 +1,9 @@
 #include "core/MFormat.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstring>
+#include <type_traits>
 
 #include "core/MException.h"
 #include "core/MNumberText.h"
@@ -22,6 +25,30 @@ constexpr Argument kUnnamed = {-1, 0, 0, ' ', 4, 0};
 constexpr uint8_t kHexadecimal = 1;
 constexpr uint8_t kShowPlus = 2;
 
+constexpr bool IsPlain(MChar c) {
+  return c != u'{' && c != u'}' && c != 0;
+}
+
+// How many characters at the start are plain, eight bytes at a time.
+template <typename Unit>
+int32_t CountPlain(const Unit* units, int32_t count) {
+  static_assert(std::endian::native == std::endian::little);
+  constexpr int32_t kStep = sizeof(uint64_t) / sizeof(Unit);
+  constexpr uint64_t kOnes = ~uint64_t{0} / static_cast<std::make_unsigned_t<Unit>>(-1);
+  constexpr uint64_t kHighBits = kOnes << (8 * sizeof(Unit) - 1);
+  // The lowest bit is the high bit of the first part that is 0.
+  const auto zeros = [](uint64_t word) { return (word - kOnes) & ~word & kHighBits; };
+  int32_t i = 0;
+  for (; i + kStep <= count; i += kStep) {
+    uint64_t word;
+    std::memcpy(&word, units + i, sizeof word);
+    const uint64_t stops = zeros(word) | zeros(word ^ kOnes * u'{') | zeros(word ^ kOnes * u'}');
+    if (stops != 0) return i + std::countr_zero(stops) / static_cast<int32_t>(8 * sizeof(Unit));
+  }
+  while (i < count && IsPlain(MString::Widen(units[i]))) ++i;
+  return i;
+}
+
 }  // namespace
 
 struct MFormat::State {
@@ -32,6 +59,8 @@ struct MFormat::State {
   MString text;
   int32_t argumentCount = 0;
   int32_t nextArgument = 0;
+  bool isInOrder = true;  // the text names 0, 1, 2 and so on, each once
+  int32_t inserted = 0;   // units, while in order
 
   void Scan(const MString& format);
   int32_t CopyPlain(const MString& format, int32_t start);
@@ -39,6 +68,7 @@ struct MFormat::State {
   void SetPosition(int32_t index);
   template <typename InsertText>
   void PlaceNext(InsertText&& insert);
+  void MoveLater(const Argument& argument, int32_t count);
   void InsertInteger(const Argument& argument, int32_t position, MChar sign, uint64_t magnitude);
 };
 
@@ -62,8 +92,7 @@ void MFormat::State::Scan(const MString& format) {
 // Copies up to the next brace or the end; returns the index of what it stopped at.
 int32_t MFormat::State::CopyPlain(const MString& format, int32_t start) {
   return format.Visit([&](const auto* units, int32_t length) {
-    int32_t end = start;
-    while (end < length && units[end] != u'{' && units[end] != u'}' && units[end] != 0) ++end;
+    const int32_t end = start + CountPlain(units + start, length - start);
     if constexpr (sizeof(*units) == 1)
       text.AppendNarrow(units + start, end - start);
     else
@@ -74,10 +103,17 @@ int32_t MFormat::State::CopyPlain(const MString& format, int32_t start) {
 
 // Puts an argument at the end of the text, behind those that stand there already.
 void MFormat::State::SetPosition(int32_t index) {
+  isInOrder = isInOrder && index == argumentCount;
   while (argumentCount <= index) arguments[argumentCount++] = kUnnamed;
   Argument& entry = arguments[index];
   entry.position = text.GetLength();
   entry.order = 0;
+  if (isInOrder) {
+    // All others at this place stand in front of it, one behind the other.
+    if (index > 0 && arguments[index - 1].position == entry.position)
+      entry.order = static_cast<uint8_t>(arguments[index - 1].order + 1);
+    return;
+  }
   for (int32_t k = 0; k < argumentCount; ++k)
     if (k != index && arguments[k].position == entry.position) ++entry.order;
 }
@@ -129,16 +165,23 @@ void MFormat::State::PlaceNext(InsertText&& insert) {
   const Argument& argument = arguments[nextArgument];
   if (argument.position >= 0) {
     const int32_t before = text.GetLength();
-    insert(argument, std::min(argument.position, before));
-    const int32_t inserted = text.GetLength() - before;
-    for (int32_t k = nextArgument + 1; k < argumentCount; ++k) {
-      Argument& later = arguments[k];
-      if (later.position > argument.position ||
-          (later.position == argument.position && later.order > argument.order))
-        later.position += inserted;
-    }
+    insert(argument, std::min(argument.position + inserted, before));
+    const int32_t count = text.GetLength() - before;
+    if (isInOrder)
+      inserted += count;  // all others stand behind it
+    else
+      MoveLater(argument, count);
   }
   ++nextArgument;
+}
+
+void MFormat::State::MoveLater(const Argument& argument, int32_t count) {
+  for (int32_t k = nextArgument + 1; k < argumentCount; ++k) {
+    Argument& later = arguments[k];
+    if (later.position > argument.position ||
+        (later.position == argument.position && later.order > argument.order))
+      later.position += count;
+  }
 }
 
 void MFormat::State::InsertInteger(const Argument& argument, int32_t position, MChar sign,

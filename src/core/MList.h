@@ -122,6 +122,9 @@ class MList final : public MListOperations<T, MList<T, Mode>> {
     if (items_) MRelease(items_);
   }
 
+  // Makes room for `count` elements at once.
+  void Reserve(int32_t count) { GrowTo(count); }
+
   void Swap(MList& other) noexcept {
     std::swap(capacity_, other.capacity_);
     std::swap(items_, other.items_);

@@ -12,6 +12,7 @@ namespace {
 constexpr char kUnfinished[] = "Invalid element finishing sequence.";
 constexpr char kInvalidAttribute[] = "Invalid character found where attribute expected.";
 constexpr int32_t kLongestHead = 1024;
+constexpr int64_t kMostBlanks = 1 << 20;  // in one run outside of the root element
 
 constexpr auto kEnd = MXMLScanner::kEnd;
 
@@ -92,14 +93,25 @@ void MMLParser<Attribute, Attributes>::Run(MXMLScanner& scanner) {
 // The Read functions return true when the parse is to stop.
 template <typename Attribute, typename Attributes>
 bool MMLParser<Attribute, Attributes>::ReadText() {
-  start_ = scanner_->GetPosition();
+  if (isOutside_ && SkipOutside()) return true;
+  scanner_->Mark();
   const MString text = TextOf(scanner_->ReadUntil([](MChar unit) { return unit == u'<'; }));
   return !text.IsEmpty() && OnText(text);
 }
 
+// Nothing is kept of what may not be there: the stream may be a device that never ends.
+template <typename Attribute, typename Attributes>
+bool MMLParser<Attribute, Attributes>::SkipOutside() {
+  if (!scanner_->SkipBlanks(kMostBlanks)) return true;
+  scanner_->Mark();
+  const int32_t unit = scanner_->Peek();
+  if (unit != u'<' && unit != u'&' && unit != kEnd) Fail(kTextOutside);
+  return false;
+}
+
 template <typename Attribute, typename Attributes>
 bool MMLParser<Attribute, Attributes>::ReadTag() {
-  start_ = scanner_->GetPosition();
+  scanner_->Mark();
   scanner_->Next();
   switch (scanner_->Peek()) {
     case u'?':

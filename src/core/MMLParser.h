@@ -39,14 +39,20 @@ class MMLParser : public MObject {
  protected:
   explicit MMLParser(bool lenient = false) noexcept : isLenient_(lenient) {}
 
+  static constexpr char kTextOutside[] = "Text outside of any element.";
+  // While it is set text is the syntax error `kTextOutside`, at its first letter; and a million blanks in a
+  // row end the parse.
+  bool isOutside_ = false;
+
   // For the operations: a syntax error at the start of the tag or text that they were called for.
-  [[noreturn]] void Fail(const char* message) const { FailAt(message, start_); }
+  [[noreturn]] void Fail(const char* message) const { FailAt(message, scanner_->GetMark()); }
 
  private:
   struct SilentEnd {};
 
   void Run(MXMLScanner& scanner);
   bool ReadText();
+  bool SkipOutside();
   bool ReadTag();
   bool ReadSpecial();
   bool ReadCharacterData();
@@ -67,7 +73,6 @@ class MMLParser : public MObject {
   MXMLTextCache* names_ = nullptr;
   MXMLTextCache* values_ = nullptr;
   Attributes attributes_;
-  MXMLPosition start_;
   MXMLPosition position_;
 };
 

@@ -5,7 +5,7 @@
 #include "core/MString.h"
 
 // The current folder of the process. Raises "Could not retrieve system path. " and the text of the system's
-// error where it is not known, since it was removed for instance.
+// error where it is not known, since it was removed for instance, or has a name that is no text.
 MString GetCurrentFolder();
 
 // An absolute path with "/" for each "\" and without one trailing "/"; the root keeps its own. What is

@@ -1,3 +1,4 @@
+#include <errno.h>
 #include <limits.h>
 #include <unistd.h>
 
@@ -7,7 +8,10 @@ MString GetCurrentFolder() {
   char bytes[PATH_MAX];
   if (!getcwd(bytes, sizeof bytes)) MThrowNoSystemPath(OSErrorText());
   MString path;
-  if (!MDecodePath(bytes, path)) MThrowNoSystemPath(MString());
+  if (!MDecodePath(bytes, path)) {
+    errno = EILSEQ;
+    MThrowNoSystemPath(OSErrorText());
+  }
   return path;
 }
 

@@ -75,11 +75,13 @@ std::optional<double> ReadName(const MShownValue& shown, const MString& text) {
   }
   if (shown.minimum < 0 && shown.maximum > 0 && isName(0)) return 0;
   if (!shown.isWhole || !(shown.maximum - shown.minimum <= kShortRange)) return std::nullopt;
+  const std::optional<MQuantity> typed = MReadQuantity(name);
+  const bool isNumber = typed && typed->unit.IsEmpty();
   for (double value = shown.minimum; value <= shown.maximum; ++value) {
-    if (isName(value)) return value;
-    const std::optional<MQuantity> quantity = MReadQuantity(Show(shown, value));
-    const std::optional<MQuantity> typed = MReadQuantity(name);
-    if (quantity && typed && typed->unit.IsEmpty() && typed->number == quantity->number) return value;
+    const MString actual = Show(shown, value);
+    if (actual.Compare(name) == 0) return value;
+    const std::optional<MQuantity> quantity = isNumber ? MReadQuantity(actual) : std::nullopt;
+    if (quantity && typed->number == quantity->number) return value;
   }
   return std::nullopt;
 }

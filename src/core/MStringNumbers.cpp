@@ -4,19 +4,20 @@
 #include "core/MString.h"
 
 int64_t MString::ToInteger(int32_t base, int32_t* consumed, int32_t start) const noexcept {
-  int32_t i = start < 0 ? 0 : start;
-  const int32_t first = i;
-  const bool negative = At(i) == u'-';
-  if (negative) ++i;
-  uint64_t value = 0;
-  for (;; ++i) {
-    const MChar c = At(i);
-    const int32_t digit = MDigitValue(c);
-    if (digit < 0 || digit >= base) break;
-    value = value * static_cast<uint64_t>(base) + static_cast<uint64_t>(digit);
-  }
-  if (consumed) *consumed = i - first;
-  return static_cast<int64_t>(negative ? 0 - value : value);
+  const int32_t first = start < 0 ? 0 : start;
+  return Visit([&](const auto* units, int32_t length) {
+    const auto at = [&](int32_t i) { return i < length ? Widen(units[i]) : MChar(0); };
+    const bool negative = at(first) == u'-';
+    int32_t i = negative ? first + 1 : first;
+    uint64_t value = 0;
+    for (; i < length; ++i) {
+      const int32_t digit = MDigitValue(Widen(units[i]));
+      if (digit < 0 || digit >= base) break;
+      value = value * static_cast<uint64_t>(base) + static_cast<uint64_t>(digit);
+    }
+    if (consumed) *consumed = i - first;
+    return static_cast<int64_t>(negative ? 0 - value : value);
+  });
 }
 
 double MString::ToDouble() const {

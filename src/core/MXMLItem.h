@@ -1,5 +1,6 @@
 #pragma once
 #include <limits>
+#include <memory>
 
 #include "core/MStream.h"
 #include "core/MXMLAttribute.h"
@@ -20,20 +21,20 @@ class MXMLItem final {
   MXMLItem& operator=(const MXMLItem&) = delete;
   ~MXMLItem();
 
-  MXMLItem* GetOwner() const noexcept { return owner_; }  // null in the root
-  MXMLItem* GetNext() const noexcept { return next_; }    // siblings, null at the ends
-  MXMLItem* GetPrevious() const noexcept { return previous_; }
+  MXMLItem* GetOwner() const noexcept { return owner_; }                 // null in the root
+  MXMLItem* GetNext() const noexcept { return GetSibling(index_ + 1); }  // null at the ends
+  MXMLItem* GetPrevious() const noexcept { return GetSibling(index_ - 1); }
   int32_t GetDepth() const noexcept { return depth_; }  // 0 in the root
-  const MList<MXMLItem*>& GetChildren() const noexcept { return children_; }
+  const MList<MXMLItem*>& GetChildren() const noexcept { return children_ ? children_->list : kNoChildren; }
   const MString& GetName() const noexcept { return name_; }
   void SetName(const MString& name) noexcept { name_ = name; }
-  const MString& GetText() const noexcept { return text_; }
-  void SetText(const MString& text) noexcept { text_ = text; }
+  const MString& GetText() const noexcept { return text_ ? text_->text : kNoText; }
+  void SetText(const MString& text);
   // Adds text behind what is there, after a line feed.
   void AppendText(const MString& text);
 
   // Sorted by name.
-  const MList<MAttribute>& GetAttributes() const noexcept { return attributes_; }
+  const MList<MAttribute>& GetAttributes() const noexcept { return attributes_.list; }
   // Replaces the value of the attribute of that name, or adds one.
   void SetAttribute(const MString& name, const MString& value);
   MString GetAttribute(const MString& name, const MString& fallback = MString()) const;
@@ -82,19 +83,39 @@ class MXMLItem final {
  private:
   friend class MXMLParser;
 
+  // A list and the place of what was last found in it, -1 for nothing, which lies in the list's padding.
+  template <typename T>
+  struct Searched {
+    [[no_unique_address]] MList<T> list;
+    mutable int32_t found = -1;
+  };
+  // What many items do not have is made when it is first needed, so that large trees stay small.
+  struct Text {
+    M_LIBRARY_MEMORY
+    MString text;
+  };
+  struct Children : Searched<MXMLItem*> {
+    M_LIBRARY_MEMORY
+  };
+  static const MString kNoText;
+  static const MList<MXMLItem*> kNoChildren;
+
+  template <typename Part>
+  static Part& Made(std::unique_ptr<Part>& part) {
+    if (!part) part.reset(new Part);
+    return *part;
+  }
+  MXMLItem* GetSibling(int32_t index) const noexcept;
   int32_t FindAttribute(const MString& name, bool& isFound) const noexcept;
-  MXMLItem* FindSubItem(const MString& name) const noexcept;
+  int32_t FindSubItem(const MString& name) const noexcept;
   void TakeAttributes(MList<MAttribute>& attributes);
   void DestroyChildren() noexcept;
 
   MXMLItem* owner_ = nullptr;
-  MXMLItem* next_ = nullptr;
-  MXMLItem* previous_ = nullptr;
+  int32_t index_ = 0;  // among the owner's children
   int32_t depth_ = 0;
-  MList<MXMLItem*> children_;
   MString name_;
-  MString text_;
-  MList<MAttribute> attributes_;
-  mutable int32_t attributeCache_ = -1;  // index
-  mutable MXMLItem* itemCache_ = nullptr;
+  Searched<MAttribute> attributes_;
+  std::unique_ptr<Text> text_;
+  std::unique_ptr<Children> children_;
 };

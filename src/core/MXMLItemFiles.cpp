@@ -48,7 +48,7 @@ void MXMLItem::SaveFile(const MString& path, bool compact, const MString& encodi
 
 void MXMLItem::StoreBinary(MStream& source, bool isCompressed) {
   if (!isCompressed) {
-    text_ = MHexadecimalText(source, true);
+    SetText(MHexadecimalText(source, true));
     return;
   }
   source.Seek(0, MSeekOrigin::kStart);
@@ -58,14 +58,14 @@ void MXMLItem::StoreBinary(MStream& source, bool isCompressed) {
   MCopyStream(source, compressor);
   compressor.Finish();
   compressor.Close();
-  text_ = MString::FromNarrow(reinterpret_cast<const char*>(digits.GetData()),
-                              static_cast<int32_t>(digits.GetSize()));
+  SetText(MString::FromNarrow(reinterpret_cast<const char*>(digits.GetData()),
+                              static_cast<int32_t>(digits.GetSize())));
 }
 
 void MXMLItem::LoadBinary(MStream& target, bool isCompressed, int64_t limit) const {
-  for (int32_t i = 0; i < text_.GetLength(); ++i)
-    if (MDigitValue(text_.At(i)) < 0) MStream::ThrowShortRead();
-  const MBytes digits = MEncoding::ASCIICodec::Get().Encode(text_, false);
+  for (int32_t i = 0; i < GetText().GetLength(); ++i)
+    if (MDigitValue(GetText().At(i)) < 0) MStream::ThrowShortRead();
+  const MBytes digits = MEncoding::ASCIICodec::Get().Encode(GetText(), false);
   MMemoryStream text(digits.GetData(), digits.GetSize());
   MHexaStream bytes(&text);
   const int64_t position = target.GetPosition();

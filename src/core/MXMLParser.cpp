@@ -13,6 +13,7 @@ bool MXMLParser::OnElement(const MString& name, MList<MAttribute>& attributes, b
     current_ = &current_->AddSubItem(name);
   } else {
     current_ = &root_;
+    isOutside_ = false;
     root_.SetName(name);
   }
   current_->TakeAttributes(attributes);
@@ -24,7 +25,7 @@ bool MXMLParser::OnText(const MString& text) {
   while (begin < end && MXMLScanner::IsBlank(text.At(begin))) ++begin;
   while (begin < end && MXMLScanner::IsBlank(text.At(end - 1))) --end;
   if (begin == end) return false;
-  if (!current_) Fail("Text outside of any element.");
+  if (!current_) Fail(kTextOutside);
   current_->AppendText(text.Substring(begin, end - begin));
   return false;
 }

@@ -8,15 +8,23 @@ namespace {
 // Mixes four units at a time; the good bits are the upper ones.
 uint64_t HashOf(std::u16string_view units) {
   uint64_t hash = units.size();
-  const auto mix = [&hash](const MChar* from, std::size_t count) {
-    uint64_t word = 0;
-    std::memcpy(&word, from, count * sizeof(MChar));
+  const auto mix = [&hash](uint64_t word) {
     hash = ((hash ^ word) * 0x9E3779B97F4A7C15u);
     hash ^= hash >> 32;
   };
-  std::size_t i = 0;
-  for (; i + 4 <= units.size(); i += 4) mix(&units[i], 4);
-  if (i < units.size()) mix(&units[i], units.size() - i);
+  const auto four = [](const MChar* from) {
+    uint64_t word;
+    std::memcpy(&word, from, sizeof word);
+    return word;
+  };
+  if (units.size() < 4) {
+    uint64_t word = 0;
+    for (const MChar unit : units) word = word << 16 | unit;
+    mix(word);
+  } else {
+    for (std::size_t i = 0; i + 4 < units.size(); i += 4) mix(four(&units[i]));
+    mix(four(&units[units.size() - 4]));
+  }
   return hash * 0x9E3779B97F4A7C15u;
 }
 
@@ -43,10 +51,13 @@ void MXMLScanner::SetCodec(const MEncoding::Codec& codec) {
   fill_ = position_;
 }
 
-void MXMLScanner::SkipBlanks() {
+bool MXMLScanner::SkipBlanks(int64_t most) {
   do {
+    const int32_t start = position_;
     while (position_ < fill_ && IsBlank(buffer_[position_])) ++position_;
-  } while (position_ == fill_ && Refill());
+    most -= position_ - start;
+  } while (position_ == fill_ && most >= 0 && Refill());
+  return most >= 0;
 }
 
 MString MXMLScanner::Keep(std::u16string_view units, MXMLTextCache& cache) {
@@ -69,13 +80,24 @@ bool MXMLScanner::ReadThrough(MChar mark, int32_t count, MString* content, int32
 }
 
 MXMLPosition MXMLScanner::GetPosition() noexcept {
-  CountLines();
+  GetMark();
+  CountLines(position_);
   return place_;
 }
 
-void MXMLScanner::CountLines() noexcept {
+const MXMLPosition& MXMLScanner::GetMark() noexcept {
+  if (mark_ >= 0) {
+    CountLines(mark_);
+    markPlace_ = place_;
+    mark_ = -1;
+  }
+  return markPlace_;
+}
+
+// Moves `place_` on.
+void MXMLScanner::CountLines(int32_t to) noexcept {
   const MChar* const begin = buffer_ + counted_;
-  const MChar* const end = buffer_ + position_;
+  const MChar* const end = buffer_ + to;
   const int64_t feeds = std::count(begin, end, u'\n');
   place_.line += feeds;
   if (feeds > 0)
@@ -83,11 +105,11 @@ void MXMLScanner::CountLines() noexcept {
                     std::make_reverse_iterator(end) + 1;
   else
     place_.column += end - begin;
-  counted_ = position_;
+  counted_ = to;
 }
 
 bool MXMLScanner::Refill() {
-  CountLines();
+  GetPosition();
   position_ = fill_ = counted_ = 0;
   fill_ = reader_.ReadUnits(buffer_, kBufferSize);
   return fill_ > 0;

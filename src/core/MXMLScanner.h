@@ -1,5 +1,6 @@
 #pragma once
 #include <algorithm>
+#include <limits>
 
 #include "core/MEncodingReader.h"
 
@@ -46,7 +47,8 @@ class MXMLScanner {
   // The unit at the position, or kEnd; Next steps over it.
   int32_t Peek() { return position_ < fill_ || Refill() ? buffer_[position_] : kEnd; }
   int32_t Next() { return Peek() == kEnd ? kEnd : buffer_[position_++]; }
-  void SkipBlanks();
+  // False if there are more than `most` of them; then some of the others are skipped too.
+  bool SkipBlanks(int64_t most = std::numeric_limits<int64_t>::max());
 
   // Reads up to the first unit that is a stop, or to the end. The result lives until the next operation.
   template <typename IsStop>
@@ -58,6 +60,9 @@ class MXMLScanner {
   bool ReadThrough(MChar mark, int32_t count, MString* content, int32_t limit = MString::kWhole);
 
   MXMLPosition GetPosition() noexcept;
+  // Marks the position, whose lines are counted only when GetMark asks where it was.
+  void Mark() noexcept { mark_ = position_; }
+  const MXMLPosition& GetMark() noexcept;
 
   static constexpr bool IsBlank(int32_t unit) noexcept { return unit <= 32; }
   // The characters that end a name beside blanks: < > " / ! =
@@ -72,7 +77,7 @@ class MXMLScanner {
 
  private:
   bool Refill();
-  void CountLines() noexcept;
+  void CountLines(int32_t to) noexcept;
 
   MEncoding::Reader reader_;
   MString gathered_;  // what ReadUntil gives when it lies across the buffer's end
@@ -80,6 +85,8 @@ class MXMLScanner {
   int32_t fill_ = 0;
   int32_t counted_ = 0;  // where `place_` is
   MXMLPosition place_;
+  int32_t mark_ = -1;  // -1 once `markPlace_` is where it was
+  MXMLPosition markPlace_;
   MChar buffer_[kBufferSize];
 };
 

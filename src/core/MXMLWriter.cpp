@@ -73,12 +73,13 @@ void MXMLWriter::WriteTree(const MXMLItem& root) {
       ++level;
       continue;
     }
-    while (item != &root && !item->GetNext()) {
+    const MXMLItem* next = nullptr;
+    while (item != &root && !(next = item->GetNext())) {
       item = item->GetOwner();
       EndElement(*item, --level);
     }
     if (item == &root) break;
-    item = item->GetNext();
+    item = next;
   }
   if (!isCompact_) writer_.WriteText("\n");
 }

@@ -27,7 +27,7 @@ class MAudioFFTReader {
   void SetSize(int32_t size);
   // Makes the window of another type; raises as MSignalWindow does. [any, not audio]
   void SetWindowType(int32_t type) { window_.Set(GetSize(), type); }
-  // As a fraction of N. In use it is limited to 0 to 0.95 and v to N - 1; not a number counts as 0. [audio]
+  // As a fraction of N. In use it is limited to 0 to 0.95, so v is below N; not a number counts as 0. [audio]
   void SetOverlap(double overlap) noexcept { overlap_ = overlap; }
 
   int32_t GetSize() const noexcept { return transform_.GetSize(); }

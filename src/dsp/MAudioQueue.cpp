@@ -29,7 +29,7 @@ void MAudioQueue::MakeRoom(int32_t samples) {
   if (samples > kLongest - length_) MThrowOutOfMemory();
   const int32_t needed = length_ + samples;
   if (needed <= storage_.GetLength() - begin_) return;
-  if (2 * needed > storage_.GetLength()) return storage_.Resize(2 * needed, false);
+  if (2 * needed > storage_.GetLength()) storage_.Resize(2 * needed, false);
   for (int32_t c = 0; c < GetChannelCount(); ++c) {
     float* const channel = storage_.GetChannel(c);
     std::copy_n(channel + begin_, length_, channel);

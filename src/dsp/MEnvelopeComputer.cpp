@@ -40,19 +40,6 @@ void MEnvelopeComputer::Build(const MEnvelopeData& data) {
   tailStart_ = builder.GetTailStart();
 }
 
-// The last item serves whatever no item before it does.
-void MEnvelopeComputer::Advance(double x) noexcept {
-  while (currentIndex_ + 1 < GetItemCount() && items_[static_cast<std::size_t>(currentIndex_)]->GetEnd() <= x)
-    ++currentIndex_;
-}
-
-double MEnvelopeComputer::GetValue(double x) noexcept {
-  if (!isBuilt_) return 0;
-  Advance(x);
-  currentX_ = x;
-  return items_[static_cast<std::size_t>(currentIndex_)]->GetValue(x);
-}
-
 void MEnvelopeComputer::Seek(double x) noexcept {
   if (!(currentX_ > x)) return;
   while (currentIndex_ > 0 && items_[static_cast<std::size_t>(currentIndex_ - 1)]->GetEnd() > x)

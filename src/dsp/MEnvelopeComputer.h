@@ -70,3 +70,16 @@ class MEnvelopeComputer {
   double xMaximum_ = 0;
   double tailStart_ = kNever;
 };
+
+// The last item serves whatever no item before it does.
+inline void MEnvelopeComputer::Advance(double x) noexcept {
+  while (currentIndex_ + 1 < GetItemCount() && items_[static_cast<std::size_t>(currentIndex_)]->GetEnd() <= x)
+    ++currentIndex_;
+}
+
+inline double MEnvelopeComputer::GetValue(double x) noexcept {
+  if (!isBuilt_) return 0;
+  Advance(x);
+  currentX_ = x;
+  return items_[static_cast<std::size_t>(currentIndex_)]->GetValue(x);
+}

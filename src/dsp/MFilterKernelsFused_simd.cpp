@@ -12,6 +12,7 @@
 #define M_FUSED_INLINE __attribute__((target("avx2,fma"), always_inline)) inline
 #define M_PIPELINE M_FUSED_INLINE
 #include "dsp/MFilterPipeline.h"
+#include "dsp/MProcessor.h"
 
 namespace {
 
@@ -299,7 +300,7 @@ void RunBiquads(MSectionLanes* sections, int32_t count, const float* const* in, 
 const MFilterKernels kFusedFilterKernels = {RunBiquads, RunOneOrTwo<true>, RunResonantPair};
 
 bool MHasFusedFilterKernels() noexcept {
-  return __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma");
+  return MHasAVX2();
 }
 
 #else

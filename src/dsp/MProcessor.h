@@ -1,5 +1,4 @@
 #pragma once
 
-// True if the processor and the system run AVX2 and FMA instructions. Asks the processor each time, which may
-// take microseconds on a virtual machine: for constructors and preparation, not for loops. [any, not audio]
+// True if the processor and the system run AVX2 and FMA instructions. The processor is asked once. [any]
 bool MHasAVX2() noexcept;

@@ -12,9 +12,7 @@ unsigned GetEnabledStates() {
   return low;
 }
 
-}  // namespace
-
-bool MHasAVX2() noexcept {
+bool AskProcessor() noexcept {
   constexpr unsigned kFMA = 1u << 12, kOSXSAVE = 1u << 27, kAVX = 1u << 28;  // leaf 1, ecx
   constexpr unsigned kAVX2 = 1u << 5;                                        // leaf 7, ebx
   constexpr unsigned kBasic = kFMA | kOSXSAVE | kAVX;
@@ -23,6 +21,13 @@ bool MHasAVX2() noexcept {
   if (!__get_cpuid(1, &a, &b, &c, &d) || (c & kBasic) != kBasic) return false;
   if ((GetEnabledStates() & kVectorStates) != kVectorStates) return false;
   return __get_cpuid_count(7, 0, &a, &b, &c, &d) && (b & kAVX2) != 0;
+}
+
+}  // namespace
+
+bool MHasAVX2() noexcept {
+  static const bool has = AskProcessor();
+  return has;
 }
 
 #else

@@ -14,10 +14,10 @@
 //
 // The complex transform Z[k] = sum z[n] e^(+2 pi i k n / M) of z[n] = x[2n] + i x[2n + 1] runs in the
 // self-sorting form of Stockham (decimation in frequency) between the data and a scratch of the same size:
-// radix 8 first, then radix 4, and radix 8 or 4 without factors at the end. Between the passes eight points
-// lie as blocks of kLanes real and kLanes imaginary parts. The inverse is the same with real and imaginary
-// parts exchanged on the way in and out. Source: C. Van Loan, "Computational Frameworks for the Fast Fourier
-// Transform" (SIAM 1992), 1.7 and 4.3.
+// radix 8 first, then radix 4, and radix 8 or 4 without factors at the end. Between the passes kLanes points
+// lie as a block, their real parts and then their imaginary parts. The inverse is the same with real and
+// imaginary parts exchanged on the way in and out. Source: C. Van Loan, "Computational Frameworks for the
+// Fast Fourier Transform" (SIAM 1992).
 template <typename Vector>
 class MRealFFTPasses {
  public:

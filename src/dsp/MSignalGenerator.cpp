@@ -1,5 +1,7 @@
 #include "dsp/MSignalGenerator.h"
 
+#include "dsp/MWaveReading.h"
+
 namespace {
 
 constexpr double kCurveAlone = 0.99999;
@@ -87,12 +89,23 @@ void MSignalGenerator::Rebuild() noexcept {
 }
 
 // The part of a phase behind its floor.
-double MSignalGenerator::FarFraction(double phase) noexcept {
+double MSignalGenerator::Fraction(double phase) noexcept {
   return std::isfinite(phase) ? phase - std::floor(phase) : 0;
 }
 
 void MSignalGenerator::Read(double* values, double phase, double step, int32_t count) const noexcept {
-  for (int32_t i = 0; i < count; ++i) values[i] = Read(table_, phase + i * step);
+  using namespace MWaveReading;
+  static const Path wide = GetWidePath();
+  const Path read = wide ? wide : ReadPairs;
+  const bool isFinite = std::isfinite(phase) && std::isfinite(step);
+  const double wrappedStep = isFinite ? Fraction(step) * kLength : 0;
+  double start = isFinite ? Fraction(phase) * kLength : 0;
+  for (; count > kMaximum; count -= kMaximum) {
+    read(table_, values, start, wrappedStep, kMaximum);
+    start = Fraction((start + kMaximum * wrappedStep) / kLength) * kLength;
+    values += kMaximum;
+  }
+  read(table_, values, start, wrappedStep, count);
 }
 
 void MSignalGenerator::Save(MXMLItem& item) const {

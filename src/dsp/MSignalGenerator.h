@@ -62,7 +62,7 @@ class MSignalGenerator {
   static constexpr int32_t kLength = MWaveShapes::kLength;
 
   static MEnvelopeData DefaultCurve();
-  static double FarFraction(double phase) noexcept;
+  static double Fraction(double phase) noexcept;
   float Sample(int32_t index, const float* from, const float* to) noexcept;
 
   double samplesPerPeriod_ = 1;
@@ -80,16 +80,13 @@ class MSignalGenerator {
 
 inline double MSignalGenerator::Read(const float* table, double phase) noexcept {
   double x = phase * kLength;
-  if (!(x > -2147483648.0 && x < 2147483647.0)) [[unlikely]]
-    x = FarFraction(phase) * kLength;
+  if (!(std::abs(x) < 2147483647.0)) [[unlikely]]
+    x = Fraction(phase) * kLength;
   auto whole = static_cast<int32_t>(x);
-  double t = x - whole;
-  if (t < 0) {
-    t += 1;
-    --whole;
-  }
+  whole -= x < whole;  // towards minus infinity
+  const double t = x - whole;
   const float* const at = table + (whole & (kLength - 1));
   const double y0 = MLoadShared(at[0]);
   const double y1 = MLoadShared(at[1]);
-  return t * y1 + (1 - t) * y0;
+  return y0 + t * (y1 - y0);
 }

@@ -26,7 +26,10 @@ MModule::MModule() {
 }
 
 MModule::~MModule() {
-  MRunGuarded("MModule::MModule", [] { delete MSetTranslationTable(nullptr); });
+  MRunGuarded("MModule::MModule", [] {
+    if (emptyCaches) emptyCaches();
+    delete MSetTranslationTable(nullptr);
+  });
   if (first == this) first = nullptr;
 }
 

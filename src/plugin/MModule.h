@@ -6,8 +6,8 @@
 #include "core/MConsoleStream.h"
 #include "core/MEncoding.h"
 #include "core/MMemoryStream.h"
-#include "plugin/MResourceLibrary.h"
 #include "plugin/MServiceArguments.h"
+#include "resources/MResourceLibrary.h"
 
 class MDLL;
 class MLock;
@@ -64,6 +64,8 @@ class MModule : public MObject {
 
   static inline MModule* instance = nullptr;
   static inline MModule* first = nullptr;  // the first one that was made
+  // Empties what the toolkit keeps for the whole library, at the module's end. The toolkit puts it here.
+  static inline void (*emptyCaches)() = nullptr;
 
   MString name;   // file name of the library
   MString title;  // without its extension; a module may have another title

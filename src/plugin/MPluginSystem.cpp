@@ -1,7 +1,6 @@
 #include "plugin/MPluginSystem.h"
 
 #include "core/MAtomicFile.h"
-#include "core/MFileTools.h"
 #include "core/MPath.h"
 #include "core/MSystemPath.h"
 #include "core/MXMLItemIterator.h"
@@ -47,7 +46,6 @@ void MPluginSystem::Register(const MString& name, const MString& library, const 
   row.SetAttribute("library", library);
   row.SetAttribute("interfacefname", interfaceName);
   row.SetAttribute("description", description);
-  CreatePath(GetSystemPath(MSystemPath::kData));
   MAtomicFile file(file_);
   root_.Save(file);
   file.Commit();

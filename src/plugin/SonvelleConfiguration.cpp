@@ -14,7 +14,8 @@ SonvelleConfiguration::SonvelleConfiguration()
     : file_(JoinPath(GetSystemPath(MSystemPath::kData), "SonvelleConfiguration.cfg")) {
   try {
     root.LoadFile(file_);
-  } catch (const MException&) {
+  } catch (const MException& raised) {
+    isUnread_ = raised.code == MErrorCode::kNotOpened && FileExists(file_);
     root.Clear();
     root.SetName("SonvelleCfg");
   }
@@ -34,8 +35,8 @@ SonvelleConfiguration::~SonvelleConfiguration() {
 }
 
 void SonvelleConfiguration::Save() {
+  if (isUnread_) MFileStream::ThrowNotCreated(file_);
   root.SetAttribute("SamplePathCustom", samplePathCustom);
-  CreatePath(GetSystemPath(MSystemPath::kData));
   MAtomicFile file(file_);
   root.Save(file);
   file.Commit();

@@ -8,8 +8,9 @@
 //
 // The settings are the file SonvelleConfiguration.cfg in the folder MSystemPath::kData: an element
 // "SonvelleCfg" with the attributes "GlobalPath" and "SamplePathCustom"; what else is in it is kept. A file
-// that is missing or cannot be read counts as an empty one. The first run puts the current folder there as
-// GlobalPath, for all later ones.
+// that is missing or broken counts as an empty one; so does one that cannot be opened, which is never
+// replaced then, since nobody knows what it holds. The first run puts the current folder there as GlobalPath,
+// for all later ones.
 class SonvelleConfiguration {
  public:
   M_LIBRARY_MEMORY
@@ -44,4 +45,5 @@ class SonvelleConfiguration {
   static SonvelleConfiguration* instance;
 
   MString file_;
+  bool isUnread_ = false;  // the file is there and could not be opened
 };

@@ -1,6 +1,7 @@
 #include "plugin/SonvelleDLL.h"
 
 #include "core/MGuard.h"
+#include "dsp/MWaveShapes.h"
 #include "plugin/MLibrary.h"
 #include "plugin/MPluginSystem.h"
 #include "plugin/SonvelleConfiguration.h"
@@ -39,9 +40,13 @@ constexpr RegistryRow kEffects[] = {
     {"Lumascope", "LumascopeAudioEffectPluginInterface", "Tessaron audio analyzer plugin."},
 };
 
+void PrepareWaveShapes() {
+  MWaveShapes::GetTable(0);
+}
+
 }  // namespace
 
-constinit SonvelleParts SonvelleDLL::parts = {nullptr, &SonvelleConfiguration::Create,
+constinit SonvelleParts SonvelleDLL::parts = {&PrepareWaveShapes, &SonvelleConfiguration::Create,
                                               &SonvelleConfiguration::Destroy};
 
 SonvelleDLL::~SonvelleDLL() {

@@ -66,6 +66,18 @@ TEST_F(MSharedCacheTest, CaseDoesNotMatterUnlessItIsAnotherFile) {
   EXPECT_EQ(cache.Acquire(path("KICK.wav"), Load), item);
 }
 
+TEST_F(MSharedCacheTest, TheSameLettersCountBeforeOthersWhenAFileIsGone) {
+  const TemporaryFolder folder;
+  const auto path = [&folder](const char* name) { return MString::FromNarrow(folder.Path(name).c_str()); };
+  for (const char* const name : {"kick.wav", "Kick.wav"}) folder.WriteFile(name, name);
+  MSharedCache cache;
+  MObject* const lower = cache.Acquire(path("kick.wav"), Load);
+  MObject* const upper = cache.Acquire(path("Kick.wav"), Load);
+  std::filesystem::remove(folder.Path("kick.wav"));
+  EXPECT_EQ(cache.Acquire(path("Kick.wav"), Load), upper);
+  EXPECT_EQ(cache.Acquire(path("kick.wav"), Load), lower);
+}
+
 TEST_F(MSharedCacheTest, FailureToLoadLeavesNothing) {
   MSharedCache cache;
   EXPECT_RAISES(cache.Acquire("/x.wav", [](const MString&) -> MObject* { throw MException("broken", 256); }),

@@ -1,26 +1,10 @@
 #pragma once
 // Gives the process a data folder of its own, where the library keeps its registry and its settings.
 
-#include "tests/common/TemporaryFolder.h"
+#include "tests/common/Environment.h"
 
 class DataFolder {
  public:
-  DataFolder() {
-    const char* const before = std::getenv(kVariable);
-    hadOne_ = before != nullptr;
-    if (before) before_ = before;
-    setenv(kVariable, folder_.GetPath().c_str(), 1);
-  }
-  DataFolder(const DataFolder&) = delete;
-  DataFolder& operator=(const DataFolder&) = delete;
-  ~DataFolder() {
-    if (hadOne_) {
-      setenv(kVariable, before_.c_str(), 1);
-    } else {
-      unsetenv(kVariable);
-    }
-  }
-
   const TemporaryFolder& GetFolder() const { return folder_; }
   // The path of a file of the library.
   std::string Path(const std::string& name) const { return folder_.Path("Tessaron/" + name); }
@@ -32,9 +16,6 @@ class DataFolder {
   }
 
  private:
-  static constexpr char kVariable[] = "XDG_DATA_HOME";
-
   TemporaryFolder folder_;
-  bool hadOne_ = false;
-  std::string before_;
+  Variable variable_{"XDG_DATA_HOME", folder_.GetPath().c_str()};
 };

@@ -7,6 +7,7 @@
 
 #include "core/MXMLItem.h"
 #include "tests/common/CountingFunctions.h"
+#include "tests/common/Descriptors.h"
 #include "tests/core/FileTests.h"
 #include "tests/core/StreamDoubles.h"
 
@@ -99,6 +100,21 @@ TEST_F(MAtomicFileTest, WithoutACommitNothingHappens) {
   }
   EXPECT_EQ(folder.ReadFile("file"), "old");
   EXPECT_EQ(Entries(), Strings{"file"});
+}
+
+TEST_F(MAtomicFileTest, DescriptorsAreClosedInChildProcessesAndWithTheFile) {
+  {
+    MAtomicFile committed(Path("file")), closed(Path("other")), destroyed(Path("third"));
+    const std::vector<int> descriptors = DescriptorsOf(folder.GetPath());
+    EXPECT_EQ(descriptors.size(), 6u) << "each has its file and its folder";
+    for (const int descriptor : descriptors) EXPECT_TRUE(IsClosedInChildren(descriptor));
+    committed.Commit();
+    closed.Close();
+    EXPECT_EQ(DescriptorsOf(folder.GetPath()).size(), 2u);
+  }
+  fs::create_directory(folder.Path("sub"));
+  EXPECT_ANY_THROW(MAtomicFile(Path("sub")));
+  EXPECT_TRUE(DescriptorsOf(folder.GetPath()).empty());
 }
 
 TEST_F(MAtomicFileTest, IsAStreamThatCanBeReadAndSought) {

@@ -73,6 +73,8 @@ TEST_F(MBZIPStreamTest, IsAtItsEndOnceTheEndMarkWasRead) {
   EXPECT_FALSE(stream.IsEnd());
   EXPECT_EQ(Take(stream, 4), "");
   EXPECT_FALSE(stream.IsEnd());
+  stream.Close();
+  EXPECT_FALSE(stream.IsEnd());
 }
 
 }  // namespace

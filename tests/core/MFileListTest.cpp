@@ -5,6 +5,7 @@
 #include "core/MFileStream.h"
 #include "core/MFileTools.h"
 #include "core/MPath.h"
+#include "tests/common/Descriptors.h"
 #include "tests/core/FileTests.h"
 #include "tests/core/StreamDoubles.h"
 
@@ -88,6 +89,14 @@ TEST_F(MFileListTest, FolderWithoutPermissionRaises) {
   const MFileTree tree = MFileTree::Scan(Root());
   ASSERT_EQ(tree.folders.size(), 1u);
   EXPECT_TRUE(tree.folders[0].files.IsEmpty());
+}
+
+TEST_F(MFileListTest, NothingStaysOpen) {
+  Make({"file"}, {"sub/deep"});
+  Files();
+  MFileTree::Scan(Root());
+  EXPECT_THROW(GetFileList(Text(folder.Path("file")), "", nullptr, nullptr), MException);
+  EXPECT_TRUE(DescriptorsOf(folder.GetPath()).empty());
 }
 
 TEST_F(MFileListTest, ListsAreReplaced) {

@@ -20,6 +20,16 @@ class MFileTools : public testing::Test {
 const char* const kNames[] = {"Übung ř 𝄞.wav", "two\nlines", "a\\b",      " ", "~",
                               "-rf",           "\"{0}\"",    "日本語.zsd"};
 
+TEST_F(MFileTools, FilesAndFoldersExistAndLinksThatLeadToThem) {
+  folder.WriteFile("file", "");
+  fs::permissions(folder.Path("file"), fs::perms::none);
+  fs::create_symlink("file", folder.Path("link"));
+  fs::create_symlink("nowhere", folder.Path("dangling"));
+  for (const char* const name : {"file", "link", "."}) EXPECT_TRUE(FileExists(Path(name))) << name;
+  for (const char* const name : {"dangling", "other", "file/x"}) EXPECT_FALSE(FileExists(Path(name))) << name;
+  EXPECT_FALSE(FileExists(""));
+}
+
 TEST_F(MFileTools, CreatePathMakesWhatIsMissing) {
   CreatePath(Path("a/b/c"));
   EXPECT_TRUE(fs::is_directory(folder.Path("a/b/c")));

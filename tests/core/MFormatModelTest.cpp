@@ -209,4 +209,40 @@ TEST_F(MFormatModel, RandomCharactersAreReadOrRefusedAsTheGrammarSays) {
   }
 }
 
+TEST_F(MFormatModel, ManyArgumentsInOrderAndNearlyInOrderComeOutAsTheGrammarSays) {
+  TestRandom random(10);
+  for (int round = 0; round < 5000; ++round) {
+    const int count = random.Integer(1, 32);
+    std::string format;
+    for (int index = 0; index < count; ++index) {
+      format += RandomArgument(random, random.OneIn(100) ? random.Below(32) : index);
+      if (!random.OneIn(3)) format += std::string(static_cast<std::size_t>(random.Below(20)), 'p');
+    }
+    std::vector<Value> values(static_cast<std::size_t>(random.Below(34)));
+    for (Value& value : values) value = RandomValue(random);
+    Model model;
+    ASSERT_TRUE(model.Read(format)) << format;
+    if (model.IsOpen()) continue;
+    ASSERT_EQ(Formatted(Buffer(format.c_str()), values), model.Text(values)) << format;
+    ASSERT_EQ(Formatted(MString::Literal(format.c_str()), values), model.Text(values)) << format;
+  }
+}
+
+TEST_F(MFormatModel, EveryCharacterButBracesStandsForItselfAtEveryPlace) {
+  for (int32_t unit = 1; unit < 0x1FF; ++unit) {
+    const MChar character = static_cast<MChar>(unit < 0x180 ? unit : unit << 8);
+    if (character == u'{' || character == u'}') continue;
+    for (std::size_t place = 0; place < 20; ++place) {
+      std::u16string text(20, u'p');
+      text[place] = character;
+      ASSERT_EQ(Format(MString(std::u16string_view(text))).Text(), MString(std::u16string_view(text)));
+      text.insert(place, u"{0}");
+      ASSERT_EQ(Format(MString(std::u16string_view(text))).Arg("").Text().GetLength(), 20);
+      if (unit > 127) continue;
+      const std::string narrow(text.begin(), text.end());
+      ASSERT_EQ(Format(MString::Literal(narrow.c_str())).Arg("").Text().GetLength(), 20);
+    }
+  }
+}
+
 }  // namespace

@@ -59,6 +59,19 @@ TEST_F(MListTest, GrowsByReallocatingInEverLargerSteps) {
   for (int i = 0; i < 1000; ++i) ASSERT_EQ(list[i], i);
 }
 
+TEST_F(MListTest, MakesRoomAtOnceForAsManyAsAreReserved) {
+  MList<int32_t> list;
+  list.Add(7);
+  list.Reserve(100);
+  const int64_t calls = table.GetCalls();
+  while (list.GetCount() < 100) list.Add(list.GetCount());
+  EXPECT_EQ(table.GetCalls(), calls);
+  list.Reserve(3);
+  list.Reserve(-1);
+  EXPECT_EQ(list.GetCount(), 100);
+  EXPECT_EQ(list[0], 7);
+}
+
 TEST_F(MListTest, InsertsAndRemovesInOrder) {
   MList<int> list;
   AddNumbers(list, 3);

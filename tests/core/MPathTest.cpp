@@ -49,6 +49,16 @@ TEST(MPath, NormalizingWithoutACurrentFolderRaises) {
   std::filesystem::current_path(before);
 }
 
+TEST(MPath, NormalizingInAFolderWhoseNameIsNoTextRaises) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.Path("\xFF"));
+  std::filesystem::current_path(folder.Path("\xFF"));
+  EXPECT_RAISES(NormalizePath("x"),
+                "Could not retrieve system path. Invalid or incomplete multibyte or wide character", 0);
+  std::filesystem::current_path(before);
+}
+
 TEST(MPath, NormalizingKeepsTheEmptyPathAndTheRoot) {
   EXPECT_EQ(Normal(""), "");
   EXPECT_EQ(Normal("/"), "/");

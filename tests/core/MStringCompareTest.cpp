@@ -145,6 +145,24 @@ TEST_F(MStringCompare, RandomTextsCompareAsTheRuleSays) {
   }
 }
 
+TEST_F(MStringCompare, LongTextsWithAnEqualStartCompareAsTheRuleSays) {
+  TestRandom random(7);
+  const std::vector<MChar> units = {u'a', u'A', u'b', u'\u00E1', u'\uFFFF', u'\u8000', u'\u0159', 0};
+  for (int i = 0; i < 20000; ++i) {
+    MString left;
+    for (int k = random.Below(24); k > 0; --k) left.Append(random.OneIn(10) ? random.OneOf(units) : u'p');
+    MString right = left;
+    if (random.OneIn(2)) right = right.Substring(0, random.Below(24));
+    for (int k = random.Below(3); k > 0; --k) right.Insert(random.Below(24), random.OneOf(units));
+    const int32_t offset = random.OneIn(2) ? 0 : random.Below(6);
+    const int32_t maximum = random.OneIn(2) ? kWhole : random.Integer(-1, 24);
+    ASSERT_EQ(MString::Compare(left, offset, right, offset, maximum),
+              SlowCompare(left, offset, right, offset, maximum));
+    ASSERT_EQ(MString::Compare(left, offset, left, offset, maximum), 0);
+    ASSERT_EQ(MString::Compare(left, offset, left, 1, maximum), SlowCompare(left, offset, left, 1, maximum));
+  }
+}
+
 TEST_F(MStringHash, OfNothingIsZero) {
   EXPECT_EQ(MString().Hash(), 0u);
   EXPECT_EQ(Buffer("").Hash(), 0u);

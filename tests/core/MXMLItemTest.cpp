@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <map>
+#include <vector>
 
 #include "core/MEncoding.h"
 #include "core/MMemoryStream.h"
@@ -161,6 +162,29 @@ TEST_F(MXMLItemTest, ChildrenKnowTheirOwnerSiblingsAndDepth) {
   EXPECT_EQ(d.GetPrevious(), &b);
   MXMLItem other;
   EXPECT_RAISES(root.RemoveSubItem(other), "Index out of range.", 0);
+}
+
+TEST_F(MXMLItemTest, RandomChildrenThatComeAndGoKeepTheirSiblings) {
+  TestRandom random;
+  MXMLItem item("a");
+  std::vector<MXMLItem*> model;
+  for (int i = 0; i < 500; ++i) {
+    if (model.empty() || random.OneIn(2)) {
+      model.push_back(&item.AddSubItem(MString::FromInteger(i)));
+    } else {
+      const auto gone = model.begin() + random.Below(static_cast<int32_t>(model.size()));
+      EXPECT_TRUE(item.HasSubItem((*gone)->GetName()));
+      EXPECT_EQ(&item.CachedSubItem(), *gone);
+      item.RemoveSubItem(**gone);
+      model.erase(gone);
+    }
+    ASSERT_EQ(item.GetChildren().GetCount(), static_cast<int32_t>(model.size()));
+    for (std::size_t k = 0; k < model.size(); ++k) {
+      ASSERT_EQ(item.GetChildren()[static_cast<int32_t>(k)], model[k]);
+      ASSERT_EQ(model[k]->GetPrevious(), k == 0 ? nullptr : model[k - 1]);
+      ASSERT_EQ(model[k]->GetNext(), k + 1 == model.size() ? nullptr : model[k + 1]);
+    }
+  }
 }
 
 TEST_F(MXMLItemTest, AnIteratorGivesTheChildrenOfANameFromTheFirstOn) {

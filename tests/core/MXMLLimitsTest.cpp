@@ -1,5 +1,7 @@
 // Hostile sizes, and memory that runs out.
 
+#include <malloc.h>
+
 #include <memory>
 
 #include "core/MXMLItem.h"
@@ -88,6 +90,45 @@ TEST_F(MXMLLimitsTest, ALongDocumentWithoutATreeTakesNoMoreMemoryThanAShortOne) 
   EXPECT_LT(parser.highest, 2000);
 }
 
+// A device: the same byte for ever, as far as the parser goes.
+class EndlessStream final : public BareStream {
+ public:
+  explicit EndlessStream(char byte) : byte_(byte) {}
+  int32_t Read(void* bytes, int32_t count) override {
+    std::memset(bytes, byte_, static_cast<std::size_t>(count));
+    read += count;
+    return count;
+  }
+  int64_t read = 0;
+
+ private:
+  char byte_;
+};
+
+TEST_F(MXMLLimitsTest, AStreamWithoutEndThatIsNoXMLIsLeftSoonAndNothingOfItIsKept) {
+  for (const auto& [byte, message] : {std::pair('\0', "The XML does not contain any elements."),
+                                      {' ', "The XML does not contain any elements."},
+                                      {'x', "Invalid file contents. Text outside of any element."}}) {
+    EndlessStream stream(byte);
+    MXMLItem item;
+    const int64_t calls = CountingFunctions::GetCalls();
+    try {
+      item.Load(stream);
+      FAIL() << "raised nothing";
+    } catch (const MException& raised) {
+      EXPECT_EQ(Utf8(raised.message), message);
+    }
+    EXPECT_LT(stream.read, 2 << 20);
+    EXPECT_LT(CountingFunctions::GetCalls() - calls, 16) << "only the message takes memory";
+  }
+}
+
+TEST_F(MXMLLimitsTest, AMillionBlanksMayStandInFrontOfTheRoot) {
+  const std::string blanks(1 << 20, '\0');
+  EXPECT_EQ(Reread(blanks + "<a/>"), "<a/>");
+  EXPECT_EQ(FailureOf(blanks + " x"), "The XML does not contain any elements.|0|");
+}
+
 TEST_F(MXMLLimitsTest, NamesAndShortValuesOfADocumentAreShared) {
   MXMLItem item;
   LoadText(item,
@@ -97,6 +138,55 @@ TEST_F(MXMLLimitsTest, NamesAndShortValuesOfADocumentAreShared) {
   EXPECT_EQ(first.GetName().GetData(), second.GetName().GetData());
   EXPECT_EQ(first.GetAttributes()[0].name.GetData(), second.GetAttributes()[0].name.GetData());
   EXPECT_EQ(first.GetAttributes()[0].value.GetData(), second.GetAttributes()[0].value.GetData());
+}
+
+// While it lives: how much memory is held, in blocks as an allocator hands them out, with their heads.
+class HeldMemory {
+ public:
+  HeldMemory() : before_(MGetLibraryFunctions()) {
+    held = 0;
+    MSetLibraryFunctions({Allocate, Release, Reallocate, nullptr, nullptr});
+  }
+  HeldMemory(const HeldMemory&) = delete;
+  HeldMemory& operator=(const HeldMemory&) = delete;
+  ~HeldMemory() { MSetLibraryFunctions(before_); }
+
+  static inline double held = 0;
+
+ private:
+  static double SizeOf(void* block) {
+    return block ? static_cast<double>(std::max<std::size_t>(32, (malloc_usable_size(block) + 23) / 16 * 16))
+                 : 0;
+  }
+  static void* M_CALL Allocate(std::size_t size) { return Reallocate(nullptr, size); }
+  static void M_CALL Release(void* block) {
+    held -= SizeOf(block);
+    std::free(block);
+  }
+  static void* M_CALL Reallocate(void* block, std::size_t size) {
+    held -= SizeOf(block);
+    block = std::realloc(block, size);
+    held += SizeOf(block);
+    return block;
+  }
+
+  MLibraryFunctions before_;
+};
+
+// Bytes of memory for each piece, of which the document has a power of two.
+double MemoryOfEach(const std::string& piece) {
+  constexpr int kCount = 1 << 16;
+  const HeldMemory memory;
+  MXMLItem item;
+  LoadText(item, "<a>" + Repeated(piece, kCount) + "</a>");
+  return memory.held / kCount;
+}
+
+TEST_F(MXMLLimitsTest, ADocumentOfSmallElementsTakesAtMostTenTimesItsText) {
+  for (const std::string piece :
+       {"  <point/>\n", "<point x=\"0.5\"/>", "  <p x=\"0\" y=\"1\"/>\n", "  <b>some text</b>\n"})
+    EXPECT_LE(MemoryOfEach(piece), 10 * static_cast<double>(piece.size())) << piece;
+  EXPECT_LE(MemoryOfEach("<a/>"), 96);
 }
 
 TEST_F(MXMLLimitsTest, RandomBytesNeverDoMoreThanRaise) {

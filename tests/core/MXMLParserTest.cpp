@@ -70,6 +70,9 @@ TEST_F(MXMLParserTest, TextOutsideOfElementsRaises) {
   EXPECT_EQ(FailureOf("x<a/>"), Syntax("Text outside of any element.", 1, 1));
   EXPECT_EQ(FailureOf("<?xml?>\n<![CDATA[x]]><a/>"), Syntax("Text outside of any element.", 2, 1));
   EXPECT_EQ(FailureOf("text"), Syntax("Text outside of any element.", 1, 1));
+  EXPECT_EQ(FailureOf("<?xml?>\n\n  text<a/>"), Syntax("Text outside of any element.", 3, 3));
+  EXPECT_EQ(FailureOf(" &amp;<a/>"), Syntax("Text outside of any element.", 1, 2));
+  EXPECT_EQ(Reread("&#10;\1 <a/>"), "<a/>") << "an entity may be a blank";
 }
 
 TEST_F(MXMLParserTest, FilesWithoutElementsRaise) {
@@ -241,6 +244,28 @@ TEST_F(MXMLParserTest, ItsPositionIsWhereTheParseEnded) {
   parser.Parse(stream);
   EXPECT_EQ(parser.GetPosition().line, 2);
   EXPECT_EQ(parser.GetPosition().column, 5);
+}
+
+TEST_F(MXMLParserTest, AFailureIsToldAtTheStartOfItsTagHoweverFarTheTagReaches) {
+  for (const int blanks : {0, 1, 1000, 1015, 1016, 1017, 1018, 1019, 1020, 1021, 2500})
+    for (const int within : {0, 1, 1023, 1024, 5000}) {
+      const std::string text = "<a>\n\n" + std::string(static_cast<std::size_t>(blanks), ' ') + "</b" +
+                               std::string(static_cast<std::size_t>(within), '\n') + ">";
+      EXPECT_EQ(FailureOf(text), "Invalid file contents. Invalid closing element name.|256|line 3, column " +
+                                     std::to_string(blanks + 1));
+    }
+}
+
+TEST_F(MXMLParserTest, NamesOfEveryLengthThatDifferInOneUnitAreKeptApart) {
+  std::string text = "<r>";
+  for (std::size_t length = 1; length < 40; ++length)
+    for (std::size_t place = 0; place < length; ++place) {
+      std::string name(length, 'x');
+      name[place] = 'y';
+      text += "<" + name + " " + name + "=\"" + name + "\"/>";
+    }
+  text += "</r>";
+  EXPECT_EQ(Reread(text), text);
 }
 
 }  // namespace

@@ -11,6 +11,9 @@ using namespace MEnvelopeItems;
 
 constexpr double kX1 = 0.25, kY1 = -1, kX2 = 0.75, kY2 = 2;
 
+constexpr std::size_t kCounts[] = {0,  1,  2,  3,  4,  5,  6,  7,  8,   9,  10,
+                                   11, 12, 13, 14, 15, 32, 64, 65, 100, 999};
+
 struct Twins {
   std::unique_ptr<Item> plain, fast;
 };
@@ -40,8 +43,7 @@ TEST(MEnvelopeItems, FastItemsAgreeWithTheirPlainTwins) {
   for (std::size_t kind = 0; kind < twins.size(); ++kind) {
     const auto& [plain, fast] = twins[kind];
     EXPECT_EQ(fast->GetEnd(), kX2);
-    for (const std::size_t count :
-         {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 32, 64, 65, 100, 999})
+    for (const std::size_t count : kCounts)
       for (std::size_t offset = 0; offset < 4; ++offset) {
         const double step = (kX2 - kX1) / 1000;
         std::vector<double> a(count + offset + 1, 99), b(a);

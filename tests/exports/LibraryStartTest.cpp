@@ -121,6 +121,19 @@ TEST(LibraryStart, TwoCopiesOfTheFileHaveModulesOfTheirOwn) {
   ExpectStarted(second, "Copy.so");
 }
 
+TEST(LibraryStart, ResourcesThatAreBuiltInCountAndNotAFileBesideTheLibrary) {
+  const DataFolder data;
+  const TemporaryFolder folder;
+  std::filesystem::copy_file(SONVELLE_LIBRARY, folder.Path("Copy.so"));
+  const std::string index =
+      "<resources><resources><resourceA id=\"x\" offset=\"0\" size=\"0\"/></resources></resources>";
+  std::string head(12, '\0');
+  head[4] = static_cast<char>(index.size());
+  folder.WriteFile("Copy.mrf", head + index);
+  const LoadedLibrary copy(folder.Path("Copy.so"));
+  ExpectStarted(Start(copy), "Copy.so");
+}
+
 TEST(LibraryStart, EntryPointMakesAndDestroysInOneCall) {
   const DataFolder data;
   const CountingFunctions counting;

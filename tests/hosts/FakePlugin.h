@@ -5,7 +5,8 @@
 //   tail   integer      samples that it goes on to sound behind the last one that is not 0
 //   mode   enumeration  what comes out: the signal, silence, or no numbers
 //   flip   switch       the sign of the output
-// It delays nothing but says so (latency 7), and it raises in whatever service it is told to.
+// Its state is the gain alone. It delays nothing but says so (latency 7), and it raises in whatever service
+// it is told to.
 
 #include <functional>
 #include <limits>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "core/MException.h"
+#include "core/MXMLItem.h"
 #include "plugin/MHostInterface.h"
 
 class FakePlugin {
@@ -84,6 +86,20 @@ class FakePlugin {
         note("changed" + number(a));
         if (callback_) callback_(context_, MHostCode::kParametersChanged, nullptr);
         return 0;
+      case MService::kSaveState:
+        note("save");
+        MAsAddress<MXMLItem>(a)->SetAttribute("gain", MString::FromDouble(rows_[kGain].real.value, 4));
+        return 0;
+      case MService::kLoadState:
+        note("load");
+        rows_[kGain].real.value = MAsAddress<MXMLItem>(a)->GetAttribute("gain", "0.75").ToDouble();
+        return 0;
+      case MService::kStateLoaded:
+        note("loaded");
+        return 0;
+      case MService::kCommand:
+        note("command " + std::string(MAsAddress<const char>(a)) + number(b));
+        return b;
       case MService::kPrepare:
         note("prepare" + number(a) + number(b));
         channels_ = static_cast<int32_t>(a);

@@ -2,6 +2,7 @@
 // of this library. `Ask` tells what a test wants to know about it.
 
 #include <chrono>
+#include <cstring>
 #include <thread>
 
 #include "core/MThread.h"
@@ -31,7 +32,19 @@ class SlowThread final : public MThread {
 
 extern "C" {
 
+// What the caller has called it.
+static char givenName[4096];
+
+M_VISIBLE const char* GetGivenName() {
+  return givenName;
+}
+
+M_VISIBLE const MLibraryFunctions* GetFunctionsInForce() {
+  return &MGetLibraryFunctions();
+}
+
 M_VISIBLE MModule* MLibraryDLLInitialize(MLibraryRecord* record) {
+  std::strncpy(givenName, EncodeNarrow(record->name).GetText(), sizeof givenName - 1);
   MGlobalResources = {};
   SonvelleDLL::parts = {};
   return MInitializeLibrary(record);

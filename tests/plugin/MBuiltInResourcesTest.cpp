@@ -3,7 +3,7 @@
 #include <set>
 
 #include "tests/common/Texts.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/MLock.h"
+#include "tests/common/CountingFunctions.h"
 #include "tests/plugin/LibraryLife.h"
 
 class MWindowsConfiguration {};
@@ -55,7 +56,8 @@ TEST_F(MDLLTest, LibraryWithoutAnInitialiserHasNoServices) {
                 "The library does not support Tessaron service access.", 0);
 }
 
-TEST_F(MDLLTest, LoadedModuleGetsAllocatorLockAndNothingOfThisOne) {
+TEST_F(MDLLTest, LoadedModuleGetsAllocatorLockAndPathAndNothingOfThisOne) {
+  const CountingFunctions counting;
   MLock lock;
   MSetEventLock(&lock);
   MDLL dll;
@@ -67,6 +69,9 @@ TEST_F(MDLLTest, LoadedModuleGetsAllocatorLockAndNothingOfThisOne) {
   EXPECT_NE(dll.module->handle, MModule::instance->handle);
   EXPECT_EQ(dll.module->handle, dll.handle);
   EXPECT_EQ(Get<MLock*()>(dll, "GetEventLockInForce")(), &lock);
+  const MLibraryFunctions* const functions = Get<const MLibraryFunctions*()>(dll, "GetFunctionsInForce")();
+  EXPECT_EQ(std::memcmp(functions, &MGetLibraryFunctions(), sizeof *functions), 0);
+  EXPECT_EQ(Get<const char*()>(dll, "GetGivenName")(), Utf8(GetPath()));
   EXPECT_EQ(Get<int32_t()>(dll, "CountResources")(), 0);
 }
 
@@ -136,15 +141,19 @@ TEST_F(MDLLTest, WithoutAModuleOfItsOwnTheCallerLoadsPlainly) {
   EXPECT_EQ(dll.module, nullptr);
 }
 
-// The allocator fails at each of its calls in turn, in the library that is being loaded.
 TEST_F(MDLLTest, FailuresOfLoadingAreReportedUnderTheirNames) {
-  SonvelleDLL* const module = static_cast<SonvelleDLL*>(MModule::instance);
+  MWindowsConfiguration configuration;
+  MWindowsModule::windowing = &configuration;
   MDLL unloaded;
-  module->DLLLoaded(unloaded);
+  unloaded.module = MModule::instance;
+  MModule::instance->DLLLoaded(unloaded);
+  unloaded.module = nullptr;
   EXPECT_THAT(
       life.reported.Get(),
       ElementsAre("Structured exception from '' catched at 'MModule::DLLLoaded' ('Dynamic link library "
-                  "has not been loaded.')"));
+                  "has not been loaded.')",
+                  "Structured exception from '' catched at 'MWindowsModule::DLLLoaded' ('Dynamic link "
+                  "library has not been loaded.')"));
 }
 
 }  // namespace

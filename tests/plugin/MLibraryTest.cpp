@@ -142,6 +142,48 @@ TEST(MLibrary, FailureToMakeTheModuleGivesNull) {
                           "('Out of memory.')"));
 }
 
+// The copy of the host's name is the one allocation between the guards of the single steps.
+TEST(MLibrary, FailureBetweenTheStepsGivesNullThoughTheModuleIsThere) {
+  const LibraryLife life;
+  LibraryLife::LeaveOutParts();
+  const CountingFunctions counting;
+  const MLibraryFunctions table = MGetLibraryFunctions();
+  bool isSeen = false;
+  for (int64_t n = 0; n < 100 && !isSeen; ++n) {
+    ReportedTexts::Clear();
+    CountingFunctions::FailAfter(n);
+    const SonvelleDLL* const module = LibraryLife::Start(table);
+    CountingFunctions::FailAfter(-1);
+    for (const std::string& text : life.reported.Get())
+      isSeen |= text == "Structured exception from '' catched at 'MLibraryDLLInitialize' ('Out of memory.')";
+    if (isSeen) {
+      EXPECT_EQ(module, nullptr);
+      EXPECT_NE(MModule::instance, nullptr);
+    }
+    MDestroyModuleInstance();
+  }
+  EXPECT_TRUE(isSeen);
+}
+
+TEST(MLibrary, FailureOfTheModulesEndIsReportedUnderTheNameOfItsConstructor) {
+  const LibraryLife life;
+  LibraryLife::LeaveOutParts();
+  LibraryLife::Start();
+  MModule::emptyCaches = [] { throw MException("full"); };
+  MDestroyModuleInstance();
+  MModule::emptyCaches = nullptr;
+  EXPECT_EQ(MModule::instance, nullptr);
+  EXPECT_THAT(life.reported.Get(),
+              ElementsAre("Structured exception from '' catched at 'MModule::MModule' ('full')"));
+}
+
+TEST(MLibrary, WhatIsNoMExceptionIsReportedToo) {
+  const LibraryLife life;
+  SonvelleDLL::parts = {[] { throw 1; }, nullptr, nullptr};
+  EXPECT_NE(LibraryLife::Start(), nullptr);
+  EXPECT_THAT(life.reported.Get(), ElementsAre("SYSTEM EXCEPTION! MModule::Initialize"));
+}
+
 TEST(MLibrary, FailureOfTheEndIsReportedUnderTheNameOfTheStart) {
   const LibraryLife life;
   SonvelleDLL::parts = {nullptr, nullptr, [] { throw MException("kept open"); }};

@@ -129,6 +129,22 @@ TEST(MModule, OwnedConfigurationGoesWithTheModule) {
   }
 }
 
+TEST(MModule, EndSavesTheConfigurationThenDestroysTheWindowingThenEmptiesTheCaches) {
+  static std::string log;
+  log.clear();
+  const LibraryLife life;
+  SonvelleDLL::parts = {nullptr, nullptr, [] { log += "configuration "; }};
+  MWindowsModule::operations.destroy = [](MWindowsConfiguration&) { log += "windowing "; };
+  MModule::emptyCaches = [] { log += MModule::instance ? "caches " : "too late "; };
+  MWindowsConfiguration configuration;
+  MWindowsModule::windowing = &configuration;
+  LibraryLife::Start()->ownsWindowing = true;
+  MDestroyModuleInstance();
+  MModule::emptyCaches = nullptr;
+  EXPECT_EQ(log, "configuration windowing caches ");
+  EXPECT_EQ(MModule::instance, nullptr);
+}
+
 TEST(MModule, EndDropsTheTranslations) {
   const LibraryLife life;
   LibraryLife::LeaveOutParts();

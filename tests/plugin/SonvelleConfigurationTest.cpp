@@ -108,6 +108,36 @@ TEST(SonvelleConfiguration, FailureToSaveIsReportedAndNothingIsLost) {
   EXPECT_TRUE(std::filesystem::is_directory(data.Path(kFile)));
 }
 
+TEST(SonvelleConfiguration, AFileThatMustNotBeWrittenStaysAsItIs) {
+  const DataFolder data;
+  const CurrentFolder current;
+  const ReportedTexts reported;
+  const OrdinaryUser user(data.GetFolder());
+  const std::string text = "<SonvelleCfg GlobalPath=\"/content\"/>";
+  data.Write(kFile, text);
+  std::filesystem::permissions(data.Path(kFile), std::filesystem::perms::owner_read);
+  { SonvelleConfiguration().samplePathCustom = "/mine"; }
+  ASSERT_EQ(ReportedTexts::Get().size(), 1u);
+  EXPECT_THAT(ReportedTexts::Get()[0], HasSubstr("catched at 'Sonvelle configuration could not be saved.'"));
+  EXPECT_EQ(data.Read(kFile), text);
+}
+
+// As when the process has all the files open that it may have.
+TEST(SonvelleConfiguration, AFileThatCouldNotBeOpenedIsNotReplacedByDefaults) {
+  const DataFolder data;
+  const CurrentFolder current;
+  const ReportedTexts reported;
+  const OrdinaryUser user(data.GetFolder());
+  const std::string text = "<SonvelleCfg GlobalPath=\"/content\"/>";
+  data.Write(kFile, text);
+  std::filesystem::permissions(data.Path(kFile), std::filesystem::perms::owner_write);
+  { EXPECT_EQ(Utf8(SonvelleConfiguration().globalPath), current.folder.GetPath().string()); }
+  ASSERT_EQ(ReportedTexts::Get().size(), 1u);
+  EXPECT_THAT(ReportedTexts::Get()[0], HasSubstr("catched at 'Sonvelle configuration could not be saved.'"));
+  std::filesystem::permissions(data.Path(kFile), std::filesystem::perms::owner_all);
+  EXPECT_EQ(data.Read(kFile), text);
+}
+
 TEST(SonvelleConfiguration, ThereIsOneOrNone) {
   const DataFolder data;
   const CurrentFolder current;

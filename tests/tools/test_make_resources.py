@@ -4,6 +4,7 @@ import re
 import struct
 import sys
 import zlib
+from unittest import mock
 from xml.etree import ElementTree
 
 from tree_case import TOOLS, TreeCase
@@ -128,6 +129,10 @@ class MakeResources(TreeCase):
         self.assert_refused("are for --large", "--bzip2", "a")
         self.assert_refused("are for --large", "--compress-index", "a")
         self.assert_refused("required: ITEM")
+        for output in ("", "."):
+            code, _, err = self.make(output, "a")
+            self.assertEqual(code, 2)
+            self.assertIn("'.' is no name of a file", err)
 
     def test_a_failure_keeps_the_file_that_was_there(self):
         self.write("a", "1")
@@ -143,6 +148,16 @@ class MakeResources(TreeCase):
         with self.assertRaisesRegex(make_resources.Failure, "an index of .* bytes for 24 items is too long"):
             make_resources.large(items, "Data", 0)
         self.assertLess(len(make_resources.large(items, "Data", 2)), 0x200000)
+        items = [("a", b"")] * 0x80000  # of four marks each, and a few around them
+        with self.assertRaisesRegex(make_resources.Failure, "for 524288 items is too long"):
+            make_resources.large(items, "Data", 2)
+        make_resources.large(items[2:], "Data", 2)
+
+    def test_a_folder_that_cannot_be_listed_is_refused_by_its_name(self):
+        locked = PermissionError(13, "Permission denied", "locked")
+        with mock.patch("pathlib.Path.iterdir", side_effect=locked), self.assertRaises(SystemExit) as raised:
+            make_resources.main([str(self.root / "out.mrf"), str(self.root)])
+        self.assertEqual(raised.exception.code, "make_resources: locked: Permission denied")
 
 
 class MakeFilterPictures(TreeCase):

@@ -100,6 +100,24 @@ TEST(Parameters, WithAFormatterAreShownAsItSays) {
   EXPECT_EQ(bridge::GetText(plugin.GetParameters()[FakePlugin::kGain], 0.5), "\u00D7 0.5");
 }
 
+TEST(Parameters, AreReadFromTheTextsThatAreShown) {
+  Rows rows;
+  EXPECT_EQ(bridge::ReadText(rows.list, "clip"), 1);
+  EXPECT_EQ(bridge::ReadText(rows.list, "Soft 2"), std::nullopt);
+  EXPECT_EQ(bridge::ReadText(rows.onOff, "off"), 0);
+  EXPECT_EQ(bridge::ReadText(rows.integer, " 5 "), 5);
+  EXPECT_EQ(bridge::ReadText(rows.real, "\xff"), std::nullopt);
+  EXPECT_EQ(bridge::ReadText(rows.panel, "1"), std::nullopt);
+  rows.real.formatter = [](MString& text, double value, const MPluginParameter&) {
+    text = MString::FromDouble(1000 * value, 0);
+    text.Append(MString(u" \u00B5s"));
+  };
+  rows.real.real = {0, 1, 0.5, 0.5};
+  const std::optional<double> value = bridge::ReadText(rows.real, "250 \u00B5s");
+  ASSERT_TRUE(value);
+  EXPECT_NEAR(*value, 0.25, 0.0005);
+}
+
 TEST(Parameters, LoseTheMarkUpOfTheirHelpAndNothingElse) {
   MPluginParameter row;
   row.help = "<name>Depth</name> is < 2 and <b>not</b> > 1, a<b in <3 lines <unclosed";

@@ -5,7 +5,7 @@
 
 #include "exports/PluginEntries.h"
 #include "hosts/bridge/Plugin.h"
-#include "tests/common/TemporaryFolder.h"
+#include "tests/common/DataFolder.h"
 
 namespace {
 
@@ -61,12 +61,14 @@ TEST(PluginTable, MakesPluginsThatAreLinked) {
 }
 
 TEST(PluginLibrary, MakesPluginsThatAreLoaded) {
+  const DataFolder data;
   const bridge::PluginLibrary library(SONVELLE_LIBRARY);
   EXPECT_EQ(library.GetPlugins().size(), static_cast<std::size_t>(kPluginEntryCount));
   ExpectEcho(library.GetPlugins());
 }
 
 TEST(PluginLibrary, IsUnloadedWithItsObject) {
+  const DataFolder data;
   { const bridge::PluginLibrary library(SONVELLE_LIBRARY); }
   EXPECT_EQ(dlopen(SONVELLE_LIBRARY, RTLD_NOW | RTLD_NOLOAD), nullptr);
 }

@@ -7,6 +7,7 @@
 #include <limits>
 #include <utility>
 
+#include "core/MXMLItem.h"
 #include "tests/common/Texts.h"
 #include "tests/hosts/FakePlugin.h"
 
@@ -68,6 +69,35 @@ TEST_F(PluginTest, PassesTheCallsOfThePluginToItsHost) {
       &heard);
   plugin.SetValue(FakePlugin::kGain, 1);
   EXPECT_THAT(heard, ElementsAre(MHostCode::kParametersChanged));
+}
+
+TEST_F(PluginTest, SavesItsStateBesideWhatTheItemHas) {
+  Plugin plugin(FakePlugin::EntryPoint);
+  plugin.SetValue(FakePlugin::kGain, 0.5);
+  MXMLItem item("song");
+  item.SetAttribute("track", "3");
+  plugin.SaveState(item);
+  EXPECT_EQ(bridge::ToUtf8(item.GetAttribute("gain")), "0.5000");
+  EXPECT_EQ(bridge::ToUtf8(item.GetAttribute("track")), "3");
+  EXPECT_THAT(FakePlugin::notes, ElementsAre("attach", "changed 0", "save"));
+}
+
+TEST_F(PluginTest, HearsThatItsStateIsLoadedWhenAllOfItIs) {
+  Plugin plugin(FakePlugin::EntryPoint);
+  MXMLItem item("song");
+  item.SetAttribute("gain", "1.5");
+  plugin.LoadState(item);
+  EXPECT_EQ(bridge::LoadValue(plugin.GetParameters()[FakePlugin::kGain]), 1.5);
+  EXPECT_THAT(FakePlugin::notes, ElementsAre("attach", "load", "loaded"));
+  FakePlugin::raisingService = MService::kLoadState;
+  EXPECT_RAISES(plugin.LoadState(item), "It fails.", MErrorCode::kOrdinary);
+}
+
+TEST_F(PluginTest, RunsCommandsByTheirNames) {
+  Plugin plugin(FakePlugin::EntryPoint);
+  EXPECT_EQ(plugin.Command("Freeze", 5), 5);
+  EXPECT_EQ(plugin.Command("Thaw"), 0);
+  EXPECT_THAT(FakePlugin::notes, ElementsAre("attach", "command Freeze 5", "command Thaw 0"));
 }
 
 TEST_F(PluginTest, PreparesAndProcessesAndSkips) {

@@ -7,6 +7,7 @@ import struct
 import subprocess
 import tempfile
 import unittest
+import unittest.mock
 from pathlib import Path
 
 COMMAND = Path(os.environ["SONVELLE_COMMAND"])
@@ -89,6 +90,14 @@ class CommandCase(unittest.TestCase):
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         self.folder = Path(folder.name).resolve()
+        # Where the library keeps its registry and its settings: never that of the user.
+        data = tempfile.TemporaryDirectory()
+        self.addCleanup(data.cleanup)
+        self.data = Path(data.name).resolve()
+        self.data.chmod(0o777)
+        patch = unittest.mock.patch.dict(os.environ, XDG_DATA_HOME=str(self.data))
+        patch.start()
+        self.addCleanup(patch.stop)
 
     def path(self, name):
         return self.folder / name

@@ -20,6 +20,7 @@ class Install(CommandCase):
         self.command = prefix / "bin/sonvelle"
         self.assertIn("Echolan", self.succeed("list"))
         self.assertEqual([path.name for path in prefix.rglob("*.so")], ["Sonvelle.so"])
+        self.assertEqual((prefix / "share/man/man1/sonvelle.1").read_text(), self.succeed("help", "--man"))
 
     def test_into_a_prefix(self):
         prefix = self.path("a prefix")

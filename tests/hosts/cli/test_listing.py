@@ -30,7 +30,8 @@ class Parameters(FakeCase):
             ["mode", "Mode", "enumeration", "0", "to", "2", "0", "Plain"],
             ["flip", "Flip", "switch", "0", "to", "1", "0", "0"],
         ])
-        self.assertEqual(lines[2], "    Gain is a factor < 2.")
+        self.assertEqual(lines[2:4], ["    Gain is a factor < 2.", "    Shown range: \u00d7 0.0 to \u00d7 2.0"])
+        self.assertIn("    Choices: Plain, Silence, No numbers", lines)
 
     def test_columns_are_aligned(self):
         lines = [line for line in self.succeed("params", "Echolan").splitlines() if line[0] != " "]
@@ -40,7 +41,8 @@ class Parameters(FakeCase):
         rows = json.loads(self.succeed("params", "Echolan", "--json"))
         self.assertEqual([row["key"] for row in rows], ["gain", "tail", "mode", "flip"])
         self.assertEqual(rows[0], {
-            "key": "gain", "name": "Gain", "kind": "real", "range": [0, 2], "default": 0.75, "text": "\u00d7 0.8",
+            "key": "gain", "name": "Gain", "kind": "real", "range": [0, 2],
+            "rangeText": ["\u00d7 0.0", "\u00d7 2.0"], "default": 0.75, "text": "\u00d7 0.8",
             "help": "<name>Gain</name> is a factor < 2.",
         })
         self.assertEqual(rows[2]["choices"], ["Plain", "Silence", "No numbers"])
@@ -81,7 +83,7 @@ class Help(CommandCase):
 
     def test_help_of_render_tells_units_and_defaults(self):
         text = self.succeed("help", "render")
-        for word in ("--set KEY=NUMBER", "log10 of hertz", "--block FRAMES", "Default: 512.", "seconds", "Default: 0."):
+        for word in ("--set KEY=VALUE", "log10 of hertz", "--block FRAMES", "Default: 512.", "seconds", "Default: 0."):
             self.assertIn(word, text)
 
     def test_version_is_printed(self):
@@ -98,7 +100,17 @@ class Help(CommandCase):
 
 
 class StandardOutput(CommandCase):
-    COMMANDS = (["list"], ["list", "--json"], ["params", "Echolan"], ["help"], ["--version"])
+    COMMANDS = (["list"], ["list", "--json"], ["params", "Echolan"], ["state", "Echolan"], ["info", "a.mrf"],
+                ["register"], ["help"], ["help", "--man"], ["--version"])
+
+    def setUp(self):
+        super().setUp()
+        index = b"<resources><resources/></resources>"
+        self.write("a.mrf", bytes(4) + len(index).to_bytes(4, "little") + bytes(4) + index)
+
+    def test_of_a_command_that_works_gets_its_result_and_standard_error_nothing(self):
+        for command in self.COMMANDS:
+            self.assertNotEqual(self.succeed(*command), "")
 
     def test_that_is_full_gives_code_4(self):
         with open("/dev/full", "w") as full:

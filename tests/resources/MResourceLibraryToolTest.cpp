@@ -2,7 +2,7 @@
 
 #include "plugin/MBuiltInResources.h"
 #include "tests/common/Texts.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 

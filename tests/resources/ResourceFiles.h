@@ -5,8 +5,8 @@
 #include "core/MFileStream.h"
 #include "core/MMD5Stream.h"
 #include "core/MZLibStream.h"
-#include "plugin/MLargeResourceFile.h"
-#include "plugin/MResourceLibrary.h"
+#include "resources/MLargeResourceFile.h"
+#include "resources/MResourceLibrary.h"
 #include "tests/common/TemporaryFolder.h"
 #include "tests/core/StreamDoubles.h"
 

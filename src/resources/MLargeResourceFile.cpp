@@ -1,4 +1,4 @@
-#include "plugin/MLargeResourceFile.h"
+#include "resources/MLargeResourceFile.h"
 
 #include <algorithm>
 #include <cstring>
@@ -39,6 +39,19 @@ struct Tail {
   }
 };
 
+[[noreturn]] void ThrowInvalid() {
+  throw MException(Translate("Invalid large resource library format."), MErrorCode::kTransferFailed);
+}
+
+// Whatever the encoding, a mark has one of these bytes: the last of an overlong form in UTF-8 has its high
+// bit set.
+void CheckMarks(MMemoryStream& text) {
+  const uint8_t* const bytes = text.GetData();
+  const auto isMark = [](uint8_t byte) { return (byte & 0x7F) == '<' || (byte & 0x7F) == '='; };
+  if (std::count_if(bytes, bytes + text.GetSize(), isMark) > MLargeResourceFile::kMostIndexMarks)
+    ThrowInvalid();
+}
+
 void CheckDigest(const MMemoryStream& text, int32_t size, const uint8_t (&expected)[16]) {
   MMD5Stream hash;
   hash.Write(text.GetData(), size);
@@ -57,8 +70,7 @@ MLargeResourceFile::MLargeResourceFile(std::unique_ptr<MStream> file, MXMLItem& 
   if (end < 0) MStream::ThrowShortRead();
   file_->Seek(end, MSeekOrigin::kStart);
   const Tail tail(*file_);
-  if (tail.lengthHigh != 0 || tail.length > uint32_t{kLongestIndex})
-    throw MException(Translate("Invalid large resource library format."), MErrorCode::kTransferFailed);
+  if (tail.lengthHigh != 0 || tail.length > uint32_t{kLongestIndex}) ThrowInvalid();
   flags_ = tail.flags;
   itemsSize_ = end - int64_t{tail.length};
   if (itemsSize_ < 0) MStream::ThrowShortRead();
@@ -76,6 +88,7 @@ MLargeResourceFile::MLargeResourceFile(std::unique_ptr<MStream> file, MXMLItem& 
     text.Seek(0, MSeekOrigin::kStart);
   }
   CheckDigest(text, static_cast<int32_t>(text.GetSize()), tail.digest);
+  CheckMarks(text);
   root.Load(text);
 }
 

@@ -20,10 +20,14 @@ class MLargeResourceFile final {
 
   static constexpr int32_t kLongestIndex = 0x200000;       // bytes in the file
   static constexpr int32_t kLongestIndexText = 0x4000000;  // bytes of the plain text
+  // Characters "<" and "=" of the plain text, about: a tree takes far more memory than its text, and these
+  // bound its elements and attributes. A library of half a million items stays below.
+  static constexpr int32_t kMostIndexMarks = 0x200000;
 
   // Takes over a stream that can seek and tell its size, and reads the index into `root`. Raises
-  // "Invalid large resource library format." and "Resource library file is corrupt." (kTransferFailed), what
-  // reading and decompressing raise, also for an index that is too long, and what MXMLItem::Load raises.
+  // "Invalid large resource library format.", also for too many marks, and "Resource library file is
+  // corrupt." (kTransferFailed), what reading and decompressing raise, also for an index that is too long,
+  // and what MXMLItem::Load raises.
   MLargeResourceFile(std::unique_ptr<MStream> file, MXMLItem& root);
 
   bool HasCompressedItems() const noexcept { return (flags_ & kItemsCompressed) != 0; }

@@ -3,7 +3,7 @@
 #include <type_traits>
 
 #include "tests/core/Balanced.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include "tests/common/TestRandom.h"
 #include "tests/core/Balanced.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 

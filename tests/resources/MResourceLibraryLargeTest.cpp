@@ -1,7 +1,8 @@
 // The large form, and files of either.
 
+#include "tests/common/Descriptors.h"
 #include "tests/common/Texts.h"
-#include "tests/plugin/ResourceFiles.h"
+#include "tests/resources/ResourceFiles.h"
 
 namespace {
 
@@ -183,6 +184,24 @@ TEST_F(MResourceLibraryLargeTest, ACompressedIndexHasAtMost64MiBOfText) {
   }
 }
 
+// Some kilobytes of a compressed index could stand for gigabytes of elements and attributes.
+TEST_F(MResourceLibraryLargeTest, AnIndexHasAtMostSoManyElementsAndAttributes) {
+  constexpr int32_t kMost = MLargeResourceFile::kMostIndexMarks;
+  const auto make = [](int32_t count, const std::string& piece, const std::string& end = "") {
+    std::string rows = Row("a", 0, 3);
+    for (; count > 0; --count) rows += piece;
+    return LargeFile(Index(rows + end), "abc", MLargeResourceFile::kIndexCompressed);
+  };
+  const int32_t marks = 8;  // of the index around the pieces
+  file.Write(make(kMost - marks, "<b/>"));
+  file.LoadInto(library);
+  EXPECT_EQ(Found(library, "a"), "abc");
+  ExpectRefused(make(kMost - marks + 1, "<b/>"), kInvalid);
+  ExpectRefused(make(kMost / 2, "<b c=\"\"/>"), kInvalid);
+  ExpectRefused(make(kMost, "\xC0\xBC/>"), kInvalid);  // an overlong form
+  ExpectRefused("abc" + make(kMost, " c=\"\"", "/>"), kInvalid);
+}
+
 TEST_F(MResourceLibraryLargeTest, AMissingAttributeIsRefused) {
   ExpectRefused(LargeFile(Index("<resourceX id=\"a\" size=\"1\"/>"), "abc"),
                 "Could not find required attribute (offset).");
@@ -229,6 +248,20 @@ TEST_F(MResourceLibraryLargeTest, AFileThatCannotBeOpenedLeavesTheLibraryAsItWas
   EXPECT_RAISES(library.LoadFile("/no/such.mrf"),
                 "File \"/no/such.mrf\" could not be open. Make sure it exists.", 257);
   EXPECT_EQ(Found(library, "a"), "abc");
+}
+
+TEST_F(MResourceLibraryLargeTest, TheFileStaysOpenUntilTheLibraryIsEmptied) {
+  const auto countOpen = [this] { return DescriptorsOf(file.path).size(); };
+  file.Write(LargeFile(Index(Row("a", 0, 3)), "abc"));
+  file.LoadInto(library);
+  EXPECT_EQ(countOpen(), 1u);
+  library.Clear();
+  EXPECT_EQ(countOpen(), 0u);
+  ExpectRefused(std::string(28, '\0'), kCorrupt);
+  EXPECT_EQ(countOpen(), 0u);
+  file.Write(SmallFile(Index(Row("a", 0, 3)), "abc"));
+  file.LoadInto(library);
+  EXPECT_EQ(countOpen(), 0u);
 }
 
 TEST_F(MResourceLibraryLargeTest, LoadingAgainReplacesWhatWasThere) {

@@ -1,4 +1,4 @@
-#include "plugin/MResourceLibrary.h"
+#include "resources/MResourceLibrary.h"
 
 #include <algorithm>
 #include <memory>
@@ -11,7 +11,7 @@
 #include "core/MTranslate.h"
 #include "core/MXMLItemIterator.h"
 #include "core/MZLibStream.h"
-#include "plugin/MLargeResourceFile.h"
+#include "resources/MLargeResourceFile.h"
 
 namespace {
 
