@@ -16,6 +16,8 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Imprinta", Allowance::kBlocksAreHeard,
      "a repair is as long as half a block, and channels share a place"},
     {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
+    {"Squeezel", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
+    {"Squeezel", Allowance::kNeedsMarks, "older states hold half of the gain, and a slope"},
 };
 
 }  // namespace
