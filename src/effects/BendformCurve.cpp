@@ -9,7 +9,7 @@ using Piece = BendformCurve::Piece;
 namespace {
 
 constexpr double kAccuracy = 1e-9;
-constexpr int32_t kMostHalvings = 4;
+constexpr int32_t kMostHalvings = 5;
 
 double ValueAt(const Piece& piece, double s) {
   const auto& c = piece.c;

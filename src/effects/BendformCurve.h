@@ -24,6 +24,9 @@ class BendformCurve {
     bool isIdentity = false;  // v = min(u, 1)
     bool hasItems = false;    // some piece asks the curve itself
     bool isSingle = false;    // v = the first piece at min(u, its end)
+
+    // v(u) of a curve that is there, for any u that is not below 0 and a number. [any]
+    double GetValue(double u) const noexcept;
   };
 
   // Compiles the curve. Allocates.
@@ -38,6 +41,15 @@ class BendformCurve {
   std::vector<uint32_t, MAllocator<uint32_t>> cells_;
   View view_;
 };
+
+inline double BendformCurve::View::GetValue(double u) const noexcept {
+  const double cell = u * kCells;
+  const Piece* p = pieces + cells[static_cast<int32_t>(cell < kCells ? cell : kCells)];
+  while (p->end <= u) ++p;
+  if (p->item) return p->item->GetValue(u);
+  const double s = (u - p->start) * p->scale;
+  return (((s * p->c[4] + p->c[3]) * s + p->c[2]) * s + p->c[1]) * s + p->c[0];
+}
 
 // Blocks of one channel, y = depth v^2 with the sign of x + (1 - depth) x, v = v(sqrt |x|); `in` and `out`
 // may be the same. A sample that is not finite comes out as it is.

@@ -22,6 +22,8 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Quaverly", Allowance::kBlocksAreHeard, "a repair is as long as half a block"},
     {"Quaverly", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
     {"Roamplex", Allowance::kBlocksChangeRounding, "the phase is wrapped once a block"},
+    {"Squeezel", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
+    {"Squeezel", Allowance::kNeedsMarks, "older states hold half of the gain, and a slope"},
 };
 
 }  // namespace

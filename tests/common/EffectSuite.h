@@ -24,6 +24,7 @@ enum class Allowance {
   kBlocksAreHeard,        // where a block begins and ends is a part of what the effect does
   kLocks,                 // a block takes the plug-in's lock
   kPassesNoNumber,        // a sample that is not finite may come out for one that went in, and nowhere else
+  kNeedsMarks,            // a state without "halfgain" and "amplituderatio" is an old one, whose rows change
 };
 
 class EffectSuite : public testing::TestWithParam<PluginEntry> {
