@@ -48,8 +48,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, std::size_t size) {
       const int32_t row = data.ConsumeIntegral<uint8_t>() % std::max(effect.GetRowCount(), 1);
       if (what == 0) Prepare(data, effect, channels);
       if (what == 1) CallAny(data, effect);
-      if (what == 2) effect.SetBits(row, data.ConsumeIntegral<uint64_t>());
-      if (what == 3) effect.Set(row, data.ConsumeFloatingPointInRange(-1.0, 2.0));
+      if (what == 2 && effect.GetRowCount() > 0) effect.SetBits(row, data.ConsumeIntegral<uint64_t>());
+      if (what == 3 && effect.GetRowCount() > 0) effect.Set(row, data.ConsumeFloatingPointInRange(-1.0, 2.0));
       if (what == 4 || what == 5) Process(data, effect, channels);
       if (what == 6) LoadState(data, effect);
       if (what == 7) Command(data, effect);

@@ -13,10 +13,24 @@ bool StandsBefore(const MAttribute* left, const MAttribute* right) {
   return order != 0 ? order < 0 : std::less<>()(left, right);
 }
 
+// An empty object that is never destroyed: what is destroyed at the end would be registered while the library
+// is loaded.
+template <typename T>
+const T& GetEmpty() noexcept {
+  alignas(T) static unsigned char place[sizeof(T)];
+  static const T* const empty = new (place) T;
+  return *empty;
+}
+
 }  // namespace
 
-constinit const MString MXMLItem::kNoText;
-constinit const MList<MXMLItem*> MXMLItem::kNoChildren;
+const MString& MXMLItem::NoText() noexcept {
+  return GetEmpty<MString>();
+}
+
+const MList<MXMLItem*>& MXMLItem::NoChildren() noexcept {
+  return GetEmpty<MList<MXMLItem*>>();
+}
 
 MXMLItem::~MXMLItem() {
   Clear();

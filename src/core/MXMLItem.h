@@ -25,10 +25,10 @@ class MXMLItem final {
   MXMLItem* GetNext() const noexcept { return GetSibling(index_ + 1); }  // null at the ends
   MXMLItem* GetPrevious() const noexcept { return GetSibling(index_ - 1); }
   int32_t GetDepth() const noexcept { return depth_; }  // 0 in the root
-  const MList<MXMLItem*>& GetChildren() const noexcept { return children_ ? children_->list : kNoChildren; }
+  const MList<MXMLItem*>& GetChildren() const noexcept { return children_ ? children_->list : NoChildren(); }
   const MString& GetName() const noexcept { return name_; }
   void SetName(const MString& name) noexcept { name_ = name; }
-  const MString& GetText() const noexcept { return text_ ? text_->text : kNoText; }
+  const MString& GetText() const noexcept { return text_ ? text_->text : NoText(); }
   void SetText(const MString& text);
   // Adds text behind what is there, after a line feed.
   void AppendText(const MString& text);
@@ -97,8 +97,8 @@ class MXMLItem final {
   struct Children : Searched<MXMLItem*> {
     M_LIBRARY_MEMORY
   };
-  static const MString kNoText;
-  static const MList<MXMLItem*> kNoChildren;
+  static const MString& NoText() noexcept;
+  static const MList<MXMLItem*>& NoChildren() noexcept;
 
   template <typename Part>
   static Part& Made(std::unique_ptr<Part>& part) {
