@@ -27,7 +27,8 @@ Lanes Root(Lanes a) {
 Lanes LoadSamples(const float* in) {
   constexpr float kMaximum = std::numeric_limits<float>::max();
   const Lanes x = __builtin_convertvector(Load<Floats>(in), Lanes);
-  return (x >= -kMaximum) & (x <= kMaximum) ? x : Lanes{};
+  const auto isFinite = (x >= -kMaximum) & (x <= kMaximum);
+  return isFinite ? x : Lanes{};
 }
 
 struct Hard {
