@@ -23,10 +23,8 @@ struct LibraryEnd {
 
 // A text of another binary may be a literal there: this one stays when that is gone.
 MString OwnCopy(const MString& text) {
-  MString copy;
-  text.Visit([&copy](const auto* characters, int32_t length) {
-    for (int32_t i = 0; i < length; ++i) copy.Append(MString::Widen(characters[i]));
-  });
+  MString copy(text);
+  copy.Reserve(text.GetLength() + 1);
   return copy;
 }
 

@@ -1,25 +1,12 @@
 #include "plugin/MModule.h"
 
-#include "core/MFileStream.h"
+#include "core/MFileTools.h"
 #include "core/MGuard.h"
 #include "core/MLock.h"
 #include "core/MPath.h"
 #include "core/MTranslate.h"
 #include "plugin/MDLL.h"
 #include "plugin/MModuleFile.h"
-
-namespace {
-
-bool CanBeRead(const MString& file) {
-  try {
-    MFileStream(file, MFileStream::kRead);
-    return true;
-  } catch (const MException&) {
-    return false;
-  }
-}
-
-}  // namespace
 
 MModule::MModule() {
   if (!first) first = this;
@@ -50,7 +37,7 @@ void MModule::Initialize() {
     if (!resources.IsEmpty()) return;
     MString file = path.Substring(0, path.GetLength() - (name.GetLength() - title.GetLength()));
     file.Append(".mrf");
-    if (CanBeRead(file)) resources.LoadFile(file);
+    if (FileExists(file)) resources.LoadFile(file);
   });
 }
 

@@ -1,6 +1,5 @@
 #include "plugin/MPluginSystem.h"
 
-#include "core/MAtomicFile.h"
 #include "core/MPath.h"
 #include "core/MSystemPath.h"
 #include "core/MXMLItemIterator.h"
@@ -46,7 +45,5 @@ void MPluginSystem::Register(const MString& name, const MString& library, const 
   row.SetAttribute("library", library);
   row.SetAttribute("interfacefname", interfaceName);
   row.SetAttribute("description", description);
-  MAtomicFile file(file_);
-  root_.Save(file);
-  file.Commit();
+  root_.SaveFile(file_);
 }

@@ -9,7 +9,7 @@ class MPluginSystem : public MObject {
   explicit MPluginSystem(const MString& name);
 
   // Adds a row, or refreshes the one whose name is the same without regard to case, and saves the file at
-  // once. The file is replaced as a whole. Raises what MAtomicFile and MXMLItem::Save do, and the old file
+  // once. The file is replaced as a whole. Raises what MXMLItem::SaveFile does, and the old file
   // stays.
   void Register(const MString& name, const MString& library, const MString& interfaceName,
                 const MString& description);

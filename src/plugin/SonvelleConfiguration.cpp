@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "core/MAtomicFile.h"
+#include "core/MFileStream.h"
 #include "core/MFileTools.h"
 #include "core/MGuard.h"
 #include "core/MPath.h"
@@ -37,9 +37,7 @@ SonvelleConfiguration::~SonvelleConfiguration() {
 void SonvelleConfiguration::Save() {
   if (isUnread_) MFileStream::ThrowNotCreated(file_);
   root.SetAttribute("SamplePathCustom", samplePathCustom);
-  MAtomicFile file(file_);
-  root.Save(file);
-  file.Commit();
+  root.SaveFile(file_);
 }
 
 void SonvelleConfiguration::Create() {
