@@ -9,6 +9,15 @@ MException::MException(MString text, int32_t number) : message(std::move(text)),
 
 MException::~MException() = default;
 
+void MException::AddSource(const MString& place) {
+  MString all(place);
+  if (!source.IsEmpty()) {
+    all.Append(", ");
+    all.Append(source);
+  }
+  source = all;
+}
+
 void MThrowNotImplemented(const MString& operation) {
   throw MException(Format(Translate("Service \"{0}\" is not implemented.")).Arg(operation).Text(),
                    MErrorCode::kNotImplemented);

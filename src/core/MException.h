@@ -20,6 +20,9 @@ class M_VISIBLE MException {
   MException& operator=(const MException&) = default;
   virtual ~MException();
 
+  // Puts the place in front of those that `source` names already.
+  void AddSource(const MString& place);
+
   MString source;   // where it came from; nearly always empty
   MString message;  // translated and formatted
   int32_t code;

@@ -20,12 +20,7 @@ void MXMLItem::LoadFile(const MString& path) {
   try {
     Load(file);
   } catch (MException& failure) {
-    MString source(path);
-    if (!failure.source.IsEmpty()) {
-      source.Append(", ");
-      source.Append(failure.source);
-    }
-    failure.source = source;
+    failure.AddSource(path);
     throw;
   }
 }

@@ -49,15 +49,6 @@ bool ReadBlock(MStream& source, int32_t size, MMemoryStream& block) {
   return true;
 }
 
-void AddSource(MException& failure, const MString& place) {
-  MString source(place);
-  if (!failure.source.IsEmpty()) {
-    source.Append(", ");
-    source.Append(failure.source);
-  }
-  failure.source = source;
-}
-
 }  // namespace
 
 MResourceLibrary::~MResourceLibrary() {
@@ -94,7 +85,7 @@ void MResourceLibrary::LoadFile(const MString& path) {
     }
   } catch (MException& failure) {
     Clear();
-    AddSource(failure, path);
+    failure.AddSource(path);
     throw;
   }
 }
@@ -168,7 +159,7 @@ void MResourceLibrary::DecompressAll() {
     try {
       MCopyStream(filter, content);
     } catch (MException& failure) {
-      AddSource(failure, resource->id);
+      failure.AddSource(resource->id);
       throw;
     }
     left -= content.GetSize();
@@ -187,8 +178,8 @@ void MResourceLibrary::ReadFromFile(MResource& resource) const {
     resource.stream = content;
     resource.isRead = true;
   } catch (MException& failure) {
-    AddSource(failure, resource.id);
-    AddSource(failure, path_);
+    failure.AddSource(resource.id);
+    failure.AddSource(path_);
     throw;
   }
 }

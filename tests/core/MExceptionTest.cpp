@@ -78,4 +78,13 @@ TEST_F(MExceptionTest, TheOperatingSystemsErrorIsTheOneBeforeTheCall) {
   EXPECT_NE(OSErrorText().Find(u'1'), -1);  // "Unknown error 123456"
 }
 
+TEST(MException, PlacesStandInFrontOfThoseThatAreThere) {
+  MException failure("broken");
+  failure.AddSource("line 2");
+  EXPECT_EQ(failure.source, "line 2");
+  failure.AddSource("a.xml");
+  EXPECT_EQ(failure.source, "a.xml, line 2");
+  EXPECT_EQ(failure.message, "broken");
+}
+
 }  // namespace
