@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """new_effect.py NAME SUMMARY [ROOT]: writes the skeleton of an effect, for instance new_effect.py Squeezel "compressor".
 
-New: src/effects/NAME.h and NAME.cpp, tests/effects/NAMETest.cpp; they build, and the test passes. Changed: one row each in
-src/exports/plugins.def, src/effects/CMakeLists.txt, tests/effects/CMakeLists.txt and CHANGELOG.md. The suite of all effects
-then asks for the rows of tests/golden/parameters.tsv and prints them.
+New: src/effects/NAME.h and NAME.cpp, tests/effects/NAMETest.cpp, tests/golden/states/NAME.xml. Changed: one row each in
+src/exports/plugins.def, src/effects/CMakeLists.txt, tests/effects/CMakeLists.txt, tests/golden/parameters.tsv and
+CHANGELOG.md. They build, and the test and the suite of all effects pass. When the parameters change, the suite prints what
+the golden files are to be.
 """
 
 import re
@@ -20,7 +21,8 @@ HEADER = """\
 // {Summary}: every sample is multiplied by a constant,
 //   y[i] = g x[i],  g = level^2.
 //
-// The parameter is read once a block, without smoothing. All channels are served, nothing is kept between blocks.
+// The parameter is read once a block, without smoothing. All channels are served, nothing is kept between blocks. A sample that
+// is not finite counts as 0.
 class {Name}AudioEffectPlugin final : public MAudioEffectPlugin {{
  public:
   {Name}AudioEffectPlugin();
@@ -36,6 +38,8 @@ class {Name}AudioEffectPlugin final : public MAudioEffectPlugin {{
 SOURCE = """\
 #include "effects/{Name}.h"
 
+#include "dsp/MFilter.h"
+
 {Name}AudioEffectPlugin::{Name}AudioEffectPlugin() {{
   AddRealParameter(rows_[kLevel], "Level", "level",
                    "<name>Level</name> determines how much of the signal is passed on.", 0.0, 1.0, 0.5);
@@ -46,7 +50,7 @@ void {Name}AudioEffectPlugin::Process(float** in, float** out, int32_t samples) 
   const double level = MLimitedValue(rows_[kLevel], 0, 1);
   const double gain = level * level;
   for (int32_t c = 0; c < channels_; ++c)
-    for (int32_t i = 0; i < samples; ++i) out[c][i] = static_cast<float>(in[c][i] * gain);
+    for (int32_t i = 0; i < samples; ++i) out[c][i] = static_cast<float>(MCleanSample(in[c][i]) * gain);
 }}
 
 M_PLUGIN_ENTRY({Name}AudioEffectPlugin)
@@ -73,7 +77,18 @@ TEST({Name}, SquaresTheLevel) {{
 }}  // namespace
 """
 
-FILES = {"src/effects/{Name}.h": HEADER, "src/effects/{Name}.cpp": SOURCE, "tests/effects/{Name}Test.cpp": TEST}
+STATE = """\
+<?xml version="1.0" encoding="utf-8"?>
+<state parameterlevel="0.5000"/>
+"""
+PARAMETERS = "{Name}\t0\treal\tlevel\tLevel\t0\t1\t0.5\n"
+
+FILES = {
+    "src/effects/{Name}.h": HEADER,
+    "src/effects/{Name}.cpp": SOURCE,
+    "tests/effects/{Name}Test.cpp": TEST,
+    "tests/golden/states/{Name}.xml": STATE,
+}
 
 
 def with_source(text, name):
@@ -92,6 +107,17 @@ def with_change(text, line):
         sys.exit('CHANGELOG.md has no "### Added" below "## Unreleased"')
     end = re.compile(r"\n\n(?=#)|\n*\Z").search(text, added.end()).start()
     return text[:end] + "\n" + line + text[end:]
+
+
+def write(root, texts):
+    """Writes the files, and formats those of C++."""
+    for path, text in texts.items():
+        (root / path).parent.mkdir(parents=True, exist_ok=True)
+        (root / path).write_text(text, encoding="utf-8")
+    formatter = shutil.which("clang-format-14") or shutil.which("clang-format")
+    sources = [path for path in texts if path.endswith((".h", ".cpp"))]
+    if formatter:
+        subprocess.run([formatter, "-i", "--style=file", *sources], cwd=root, check=True)
 
 
 def main(arguments):
@@ -114,14 +140,11 @@ def main(arguments):
         "src/exports/plugins.def": lambda text: text.rstrip("\n") + "\n" + row,
         "src/effects/CMakeLists.txt": lambda text: with_source(text, f"{name}.cpp"),
         "tests/effects/CMakeLists.txt": lambda text: with_source(text, f"{name}Test.cpp"),
+        "tests/golden/parameters.tsv": lambda text: text.rstrip("\n") + "\n" + PARAMETERS.format(**names),
         "CHANGELOG.md": lambda text: with_change(text, f"- {name}: {summary}."),
     }
     changed = {path: edit(checklib.read(root, path)) for path, edit in edits.items()}
-    for path, text in {**written, **changed}.items():
-        (root / path).write_text(text, encoding="utf-8")
-    formatter = shutil.which("clang-format-14") or shutil.which("clang-format")
-    if formatter:
-        subprocess.run([formatter, "-i", "--style=file", *written], cwd=root, check=True)
+    write(root, {**written, **changed})
     for path in written:
         print(f"new      {path}")
     for path in changed:

@@ -56,7 +56,7 @@ TEST_P(EffectSuite, StateOfANewEffectIsTheGoldenOne) {
   std::ifstream file(path, std::ios::binary);
   const std::string golden(std::istreambuf_iterator<char>(file), {});
   EffectUnderTest effect(GetParam());
-  EXPECT_EQ(Save(effect), golden);
+  EXPECT_EQ(Save(effect), golden) << "the file " << path << " is to be\n" << Save(effect);
   effect.Prepare(2, kRate);
   EXPECT_EQ(Save(effect), golden);
 }

@@ -13,6 +13,7 @@ class NewEffect(TreeCase):
         self.write("src/exports/plugins.def", 'M_PLUGIN(Echo, AudioEffect, "echo")\n')
         self.write("src/effects/CMakeLists.txt", "sonvelle_layer(\n  Echo.cpp\n  Tone.cpp\n)\n")
         self.write("tests/effects/CMakeLists.txt", "sonvelle_test(x SOURCES\n  EchoTest.cpp\n)\nother(\n)\n")
+        self.write("tests/golden/parameters.tsv", "Echo\t0\treal\tdelay\tDelay\t0\t1\t0.5\n")
         self.write("CHANGELOG.md", CHANGELOG)
         shutil.copy(REPOSITORY / ".clang-format", self.root)
 
@@ -30,7 +31,9 @@ class NewEffect(TreeCase):
         self.assertIn("  EchoTest.cpp\n  SlideTest.cpp\n)\nother", self.text("tests/effects/CMakeLists.txt"))
         expected = CHANGELOG.replace("- The first.\n", "- The first.\n- Slide: filter bank.\n")
         self.assertEqual(self.text("CHANGELOG.md"), expected)
-        self.assertEqual(len(out.splitlines()), 7)
+        self.assertTrue(self.text("tests/golden/parameters.tsv").endswith("\nSlide\t0\treal\tlevel\tLevel\t0\t1\t0.5\n"))
+        self.assertTrue(self.text("tests/golden/states/Slide.xml").endswith('\n<state parameterlevel="0.5000"/>\n'))
+        self.assertEqual(len(out.splitlines()), 9)
 
     def test_what_it_writes_compiles_and_is_formatted(self):
         for name in ("Slide", "SomethingWithALongNameIndeed"):
@@ -63,7 +66,8 @@ class NewEffect(TreeCase):
         self.assertFalse((self.root / "src/effects/Slide.h").exists())
 
     def test_the_lists_of_this_repository_have_the_form_that_it_expects(self):
-        for name in ("src/exports/plugins.def", "src/effects/CMakeLists.txt", "tests/effects/CMakeLists.txt", "CHANGELOG.md"):
+        for name in ("src/exports/plugins.def", "src/effects/CMakeLists.txt", "tests/effects/CMakeLists.txt",
+                     "tests/golden/parameters.tsv", "CHANGELOG.md"):
             shutil.copy(REPOSITORY / name, self.root / name)
         code, out, err = self.make("Zzz", "nothing")
         self.assertEqual(code, 0, err)
