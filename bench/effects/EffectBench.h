@@ -66,6 +66,7 @@ class EffectBench {
     }
   }
 
+  void Prepare() { Call(MService::kPrepare, 2, 48000); }
   void Load(MXMLItem& state) { Call(MService::kLoadState, MAsWord(&state)); }
 
   // Noise that decays by 120 dB within half of its length and ends in zeros.
@@ -80,7 +81,7 @@ class EffectBench {
 
   void Run(benchmark::State& state) {
     const int32_t samples = static_cast<int32_t>(state.range(0));
-    Call(MService::kPrepare, 2, 48000);
+    Prepare();
     Calibrate(state);
     const MFlushDenormals flush;
     std::vector<float> left(static_cast<std::size_t>(samples)), right(left);
