@@ -163,6 +163,7 @@ void SqueezelAudioEffectPlugin::Update() {
   curve_.drawn = drawnShape_.GetView();
   isLinked_ = MIsOn(rows_[kLinkChannels]);
   DesignSideChain();
+  meterRate_ = sampleRate_;
   isReady_ = true;
 }
 
@@ -325,7 +326,7 @@ void SqueezelAudioEffectPlugin::Skip(int32_t samples) {
 
 void SqueezelAudioEffectPlugin::Measure(double largest, int32_t samples) noexcept {
   const auto follow = [&](double& level, double seconds) {
-    MStoreShared(level, std::max(MLoadShared(level) * Decay(sampleRate_, seconds, samples), largest));
+    MStoreShared(level, std::max(MLoadShared(level) * Decay(meterRate_, seconds, samples), largest));
   };
   follow(fastLevel_, kFastMeter);
   follow(slowLevel_, kSlowMeter);

@@ -92,6 +92,7 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
   bool isReady_ = false;
   bool isBypassed_ = false;
   bool isLinked_ = true;
+  int32_t meterRate_ = 1;  // of the last Update with a sample rate
   // Written by the audio thread alone.
   double fastLevel_ = 0, slowLevel_ = 0, reduction_ = 1.000000001;
 };

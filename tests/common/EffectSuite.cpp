@@ -24,6 +24,7 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Roamplex", Allowance::kBlocksChangeRounding, "the phase is wrapped once a block"},
     {"Squeezel", Allowance::kLocks, "the curve is rebuilt while blocks pass"},
     {"Squeezel", Allowance::kNeedsMarks, "older states hold half of the gain, and a slope"},
+    {"Swirlo", Allowance::kBlocksAreHeard, "a repair is as long as half a block"},
 };
 
 }  // namespace

@@ -8,6 +8,10 @@
 //   void SetWave(int32_t wave, double shape, double customDepth, const MEnvelopeData& curve);
 //   AudioBlock Process(const AudioBlock& in);
 //   void Skip(int32_t samples);
+// and that of an effect with a memory
+//   int32_t GetLatency() const;
+//   bool IsSilent() const;
+//   double GetPeak() const;                               of the memory
 
 #include <gtest/gtest.h>
 
@@ -110,16 +114,36 @@ class ModulationScenario {
 
   void Process() {
     AudioBlock in = MakeSignal(random_.Integer(0, random_.OneOf<int32_t>({0, 10, 300, 3000})));
+    double peak = std::max(in.GetPeak(), GetMemoryPeak());
     const AudioBlock expected = model_.Process(in);
-    const double peak = std::max(in.GetPeak(), expected.GetPeak());  // a gain near 0 is a difference
+    peak = std::max(peak, expected.GetPeak());  // a gain near 0 is a difference
     AudioBlock out = AudioBlock::Constant(channels_, in.GetLength(), NAN);
     const bool inPlace = random_.OneIn(2);
     effect_.Process(in.From(), inPlace ? in.From() : out.From(), in.GetLength());
     const AudioBlock& result = inPlace ? in : out;
     ASSERT_LE(result.GetDistance(expected), Model::kTolerance * peak);
     ASSERT_TRUE(in.GuardsHold() && out.GuardsHold());
-    ASSERT_TRUE(effect_.IsSilent());
+    ExpectMemory();
   }
+
+  void ExpectMemory() {
+    if constexpr (kHasMemory) {
+      EXPECT_EQ(effect_.IsSilent(), model_.IsSilent());
+      EXPECT_EQ(effect_.Call(MService::kGetLatency), model_.GetLatency());
+    } else {
+      EXPECT_EQ(effect_.IsSilent(), 1);
+      EXPECT_EQ(effect_.Call(MService::kGetLatency), 0);
+    }
+  }
+
+  double GetMemoryPeak() const {
+    if constexpr (kHasMemory)
+      return model_.GetPeak();
+    else
+      return 0;
+  }
+
+  static constexpr bool kHasMemory = requires(const Model& model) { model.GetPeak(); };
 
   TestRandom& random_;
   ModulationUnderTest effect_{Model::kName};

@@ -11,11 +11,15 @@ namespace {
 
 class ModulationState : public testing::TestWithParam<const char*> {
  protected:
-  // What a constant half comes out as.
+  static constexpr int32_t kDepth = 0;  // the row
+
+  // What a rectangle comes out as.
   static AudioBlock Hear(ModulationUnderTest& effect) {
-    effect.Set("depth", 1);
+    effect.Set(kDepth, 1);
     effect.Prepare(2, 8000);
-    return effect.Answer(AudioBlock::Constant(2, 4000, 0.5), {512});
+    AudioBlock in(2, 4000);
+    in.Fill([](int32_t i) { return i % 50 < 25 ? 0.5 : -0.5; });
+    return effect.Answer(in, {512});
   }
 
   ModulationUnderTest effect_{GetParam()};
@@ -23,6 +27,7 @@ class ModulationState : public testing::TestWithParam<const char*> {
 
 TEST_P(ModulationState, HoldsTheWaveInAnItem) {
   effect_.SetShape(2.25);
+  effect_.SetRate(4);
   MXMLItem item;
   for (int32_t times = 0; times < 2; ++times) effect_.Save(item);
   ASSERT_EQ(item.GetChildren().GetCount(), 1);
@@ -44,9 +49,10 @@ TEST_P(ModulationState, TheRowWinsOverTheShapeOfTheItem) {
   MXMLItem saved;
   effect_.Save(saved);
   EXPECT_EQ(Utf8(saved.GetChildren()[0]->GetRequiredAttribute("value")), "11.0000");
+  MXMLItem rowAlone;
+  rowAlone.SetAttribute("parameterShape", "11");
   ModulationUnderTest same(GetParam());
-  same.SetShape(11);
-  effect_.SetRate(4);
+  same.Load(rowAlone);
   EXPECT_TRUE(Hear(effect_) == Hear(same));
 }
 
@@ -131,7 +137,8 @@ TEST_P(ModulationState, ANamedEditorIsClosedWithItsWindowOrWithTheMainOne) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Effects, ModulationState, testing::Values("Roamplex", "Pulsetta", "Quaverly"),
+INSTANTIATE_TEST_SUITE_P(Effects, ModulationState,
+                         testing::Values("Roamplex", "Pulsetta", "Quaverly", "Swirlo"),
                          [](const auto& name) { return std::string(name.param); });
 
 }  // namespace

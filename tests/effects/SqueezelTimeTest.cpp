@@ -157,6 +157,17 @@ TEST(SqueezelMeters, FallFromTheLargestSampleAndShowTheReduction) {
   EXPECT_NEAR(meters().fastLevel, out[0][479] * std::exp(-1.1), 1e-12);
 }
 
+TEST(SqueezelMeters, FallAtTheSamePaceWhenPreparedWithoutASampleRate) {
+  SqueezelUnderTest squeezel;
+  squeezel.GetPlugin().SetEditorOpen(true);
+  squeezel.Answer(AudioBlock::Constant(1, 480, 0.1));
+  const auto before = squeezel.GetPlugin().GetMeters();
+  squeezel.Prepare(1, 0);
+  squeezel.Answer(AudioBlock(1, 480));
+  EXPECT_NEAR(squeezel.GetPlugin().GetMeters().fastLevel, before.fastLevel * std::exp(-0.1), 1e-12);
+  EXPECT_NEAR(squeezel.GetPlugin().GetMeters().slowLevel, before.slowLevel * std::exp(-0.004), 1e-12);
+}
+
 TEST(SqueezelMeters, ShowThePeakInBypassAndZeroAfterSkippedTime) {
   SqueezelUnderTest squeezel({{"ratio", 1}}, 1);
   squeezel.GetPlugin().SetEditorOpen(true);

@@ -30,10 +30,10 @@ class WaveModel {
         value = y;
       else if (customDepth >= 0.00001)
         value = (1 - customDepth) * value + customDepth * y;
-      At(i) = value;
-      peak = std::max(peak, std::abs(value));
+      At(i) = static_cast<float>(value);
+      peak = std::max(peak, std::abs(At(i)));
     }
-    for (double& value : table_) value /= peak;
+    for (double& value : table_) value = static_cast<float>(value * (1 / peak));
     At(kLength) = At(0);
   }
 
