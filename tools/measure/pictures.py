@@ -8,7 +8,7 @@ from measure.lab import LEAD, RATE
 from measure.signals import decibels
 from svg_plot import Axis, Curve, frequency_axis, plot, spaced
 
-POINTS = 160
+POINTS = 240
 
 
 def frequencies(low=20, high=20000):
@@ -207,7 +207,7 @@ def swirlo(lab):
         values = {"Depth": 0.5, "feedback": 0.5, "delays": 6, "MinFreq": f"{hertz} Hz", "MaxFreq": f"{hertz} Hz"}
         curves.append(Curve(f"at {hertz} Hz", response(lab, "Swirlo", values)))
     title = "Response without a sweep: depth 50%, 6 stages, feedback -12 dB"
-    return plot(title, frequency_axis(), gain_axis(-36, 6, 6), curves)
+    return plot(title, frequency_axis(), gain_axis(-24, 6, 6), curves)
 
 
 PICTURES = {
