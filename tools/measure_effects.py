@@ -85,6 +85,8 @@ def measure(lab, effects):
             wrong.append(f"{effect}: there is no measurement of it")
             continue
         table[effect] = MEASUREMENTS[effect](lab)
+        if len(table[effect]) < 2 or not any("recording" in row.signal for row in table[effect]):
+            wrong.append(f"{effect}: there are to be two measurements at least, and one of them on a recording")
         for row in table[effect]:
             if not row.holds():
                 wrong.append(f"{effect}: {row.quantity} of {row.signal} with {row.setting}: {row.show(row.measured)}, "
@@ -112,7 +114,8 @@ def main(arguments):
     for effect in sorted(MEASUREMENTS.keys() - set(there)):
         print(f"warning: {effect} is not in the library", file=sys.stderr)
     if options.effects:
-        print("\n".join(line([effect, *cells(row)]) for effect, rows in table.items() for row in rows))
+        for effect, rows in table.items():
+            print("\n".join(line([effect, *cells(row)]) for row in rows))
     elif options.check:
         wrong += differences(table, DOCUMENT.read_text(encoding="utf-8") if DOCUMENT.is_file() else "")
     else:

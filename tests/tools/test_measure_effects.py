@@ -1,4 +1,5 @@
 import sys
+from unittest import mock
 
 from tree_case import TOOLS, TreeCase
 
@@ -28,6 +29,8 @@ class MeasureEffects(TreeCase):
         for name in ("Front_Center", "Front_Left", "Front_Right"):
             wav.write(self.root / f"{name}.wav", 48000, [[0.25, -0.5] * 100])
 
+        self.voice = Row("recording", "", "gain", 1.0, 1.0, 0.0)
+
     def command(self, name="Lumascope", gain=1):
         text = COMMAND.replace("NAME", name).replace("GAIN", str(gain)).replace("TOOLS", str(TOOLS))
         self.script("sonvelle", text)
@@ -56,6 +59,12 @@ class MeasureEffects(TreeCase):
         code, out, err = self.measure("Newcomer")
         self.assertEqual(code, 1)
         self.assertIn("Newcomer: there is no measurement of it\n", err)
+
+    def test_an_effect_that_is_not_measured_on_a_recording_fails(self):
+        tone = Row("1 kHz", "", "gain", 1.0, 1.0, 0.0)
+        for rows, wrong in (([tone, tone], 1), ([self.voice], 1), ([tone, self.voice], 0)):
+            with mock.patch.dict(MEASUREMENTS, Echolan=lambda lab, rows=rows: rows):
+                self.assertEqual(len(measure_effects.measure(None, ["Echolan"])[1]), wrong)
 
     def test_missing_recordings_and_a_missing_command_are_named(self):
         self.command()
