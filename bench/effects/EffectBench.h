@@ -11,6 +11,7 @@
 #include "core/MFlushDenormals.h"
 #include "core/MXMLItem.h"
 #include "exports/PluginEntries.h"
+#include "plugin/MPlugin.h"
 
 class EffectBench {
  public:
@@ -67,6 +68,8 @@ class EffectBench {
   }
 
   void Prepare() { Call(MService::kPrepare, 2, 48000); }
+  void SetEditorOpen(bool isOpen) { static_cast<MPlugin*>(plugin_)->SetEditorOpen(isOpen); }
+
   void Load(MXMLItem& state) { Call(MService::kLoadState, MAsWord(&state)); }
 
   // Noise that decays by 120 dB within half of its length and ends in zeros.

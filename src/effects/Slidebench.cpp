@@ -12,10 +12,12 @@ namespace {
 
 constexpr double kLog10Of2 = 0.30102999566398119521;
 
-// So that no spectrum leaves the range of float, whatever the depth is.
+// No block leaves the range of float: N sqrt(N) times both is below it.
+constexpr float kLargestSample = 1e20f;
+constexpr double kLargestGain = 1e13;
+
 float CleanSample(float sample) noexcept {
-  constexpr float kLargest = 1e20f;
-  return std::abs(sample) <= kLargest ? sample : 0.0f;
+  return std::abs(sample) <= kLargestSample ? sample : 0.0f;
 }
 
 void AddFixedPoint(MEnvelopeData& curve, double x) {
@@ -61,7 +63,7 @@ void SlidebenchAudioEffectPlugin::Update() {
   if (responseRate_ != sampleRate_) ReadCurve();
   for (int32_t k = 0; k < kSize; ++k) {
     const double root = (response_[k] - 1) * depth + 1;
-    gains_.values[k] = static_cast<float>(root * root);
+    gains_.values[k] = static_cast<float>(std::min(root * root, kLargestGain));
   }
   published_.Set(gains_);
 }

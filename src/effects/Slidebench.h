@@ -14,7 +14,8 @@
 //
 // Whole tables are handed to the audio thread without a lock, and the change fades like any two spectra. The
 // latency is 3/2 N, 6144 samples. Preparing clears the memory; skipped time does not pass. Serves eight
-// channels, further ones pass undelayed. A sample that is not finite, or beyond 1e20, counts as 0.
+// channels, further ones pass undelayed. A sample that is not finite, or beyond 1e20, counts as 0; a gain
+// beyond 1e13, as a curve with a broken slope may have, is limited.
 class SlidebenchAudioEffectPlugin final : public MAudioEffectPlugin {
  public:
   static constexpr int32_t kSize = 4096;  // N

@@ -17,6 +17,7 @@ const std::vector<AllowanceRow> kAllowances = {
     {"Imprinta", Allowance::kBlocksAreHeard,
      "a repair is as long as half a block, and channels share a place"},
     {"Imprinta", Allowance::kLocks, "the taps are changed while blocks pass"},
+    {"Lumascope", Allowance::kPassesNoNumber, "the output is the input"},
     {"Pulsetta", Allowance::kBlocksChangeRounding, "the phases are wrapped once a block"},
     {"Pulsetta", Allowance::kLocks, "the wave is rebuilt while blocks pass"},
     {"Quaverly", Allowance::kBlocksAreHeard, "a repair is as long as half a block"},

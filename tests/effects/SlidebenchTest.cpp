@@ -152,6 +152,22 @@ TEST(Slidebench, KeepsOneHugeSampleFromSpoilingTheSpectrumAroundIt) {
   EXPECT_TRUE(hurt.Answer(signal, {512}) == expected);
 }
 
+// A smooth segment goes on from an upright slope, hundreds of millions above its points.
+TEST(Slidebench, KeepsACurveThatOvershootsFromSpoilingAnything) {
+  const auto curve = {Point(kLowest, 0, MEnvelopeType::kSmooth1), Point(4, 0, MEnvelopeType::kMode3, -1),
+                      Point(4.3, 2)};
+  for (const double depth : {1.0, 1e6}) {
+    SlidebenchUnderTest slidebench(curve, depth);
+    const std::vector<double> gains = slidebench.GetGains();
+    EXPECT_FLOAT_EQ(static_cast<float>(*std::max_element(gains.begin(), gains.end())), 1e13f);
+    AudioBlock in = AudioBlock(1, 20000).Fill([](int32_t i) { return i % 8 < 4 ? 1e20 : -1e20; });
+    EXPECT_TRUE(slidebench.Answer(in, {512}).IsFinite());
+    slidebench.Set("depth", 0);
+    slidebench.AnswerToSilence(1, 20000);
+    EXPECT_TRUE(slidebench.AnswerToSilence(1, 100).IsZero());
+  }
+}
+
 TEST(Slidebench, DoesNotHearTimeThatIsSkipped) {
   TestRandom random;
   SlidebenchUnderTest left({}), skipped({});
