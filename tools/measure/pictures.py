@@ -171,13 +171,14 @@ def bellwarp(lab):
 
 
 def lumascope(lab):
+    """Levels as the analyzer counts them: a sine of amplitude 1 has half of that. What it draws itself needs an editor."""
     size = 4096
     loud, soft = (signals.sine(k * RATE / size, 4 * size, amplitude) for k, amplitude in ((84, 0.5), (512, 0.05)))
     tone = [a + b for a, b in zip(loud, soft)]
     (out,) = lab.render("Lumascope", [tone])
     kept = [k for k in range(18, 1706) if k % 16 == 0 or min(abs(k - 84), abs(k - 512)) < 16]
-    points = [point for k, point in enumerate(spectrum(out, size)) if k in kept]
-    return plot("Spectrum of two tones behind the analyzer: 984 Hz at -6 dB, 6 kHz at -26 dB", frequency_axis(200),
+    points = [(hertz, level + decibels(0.5)) for k, (hertz, level) in enumerate(spectrum(out, size)) if k in kept]
+    return plot("Spectrum of two tones that have passed: amplitude 0.5 at 984 Hz and 0.05 at 6 kHz", frequency_axis(200),
                 Axis("level in dB", -84, 0, spaced(-84, 0, 12)), [Curve("output, Hann window of 4096 samples", points)])
 
 
