@@ -117,7 +117,7 @@ int64_t ampegdecoder::FindRestart(int64_t index) const noexcept {
   int64_t first = index - (kHistorySamples + header_.samples - 1) / header_.samples;
   for (int64_t reservoir = 0; header_.layer == 3 && first > 0 && reservoir < kReservoirBytes;) {
     --first;
-    reservoir += std::max<int64_t>(frames_[first + 1] - frames_[first] - kMostSideBytes, 0);
+    reservoir += std::max<int64_t>(GetStart(first + 1) - GetStart(first) - kMostSideBytes, 0);
   }
   // libmpg123's filter bank adds in an order that depends on the frames before; it repeats after eight.
   return std::max<int64_t>(first, 0) / kRestartStep * kRestartStep;
@@ -126,7 +126,7 @@ int64_t ampegdecoder::FindRestart(int64_t index) const noexcept {
 void ampegdecoder::DecodeUpTo(int64_t index) {
   const int64_t restart = FindRestart(index);
   if (hasFailed_ || next_ > index || next_ < restart) {
-    source_.RawSeek(frames_[restart]);
+    source_.RawSeek(GetStart(restart));
     decoder_.Restart();
     hasFailed_ = false;
     next_ = restart;

@@ -45,6 +45,7 @@ class ampegdecoder final : public binfile {
   bool DecodeNext(void* pcm);
   bool DecodeToBuffer();
   int64_t GetPosition() const noexcept { return next_ * GetFrameBytes() - (GetFrameBytes() - offset_); }
+  int64_t GetStart(int64_t index) const noexcept { return frames_[static_cast<std::size_t>(index)]; }
   int64_t FindRestart(int64_t index) const noexcept;
   void DecodeUpTo(int64_t index);
 

@@ -6,7 +6,6 @@ namespace mp3dec {
 
 namespace {
 
-constexpr uint32_t kEndCode = 0x1B9;
 constexpr uint32_t kPackCode = 0x1BA;
 constexpr uint32_t kFirstWithLength = 0x1BB;
 constexpr uint32_t kHighestCode = 0x1FF;
@@ -48,7 +47,7 @@ bool mpegsplitstream::NextPacket() {
       if (!SkipPack()) return false;
       continue;
     }
-    if (code < kFirstWithLength || code > kHighestCode) return false;  // the end code as well
+    if (code < kFirstWithLength || code > kHighestCode) return false;  // 0x1B9, the end, as well
     if (IsAudio(code) && (id_ == 0 || id_ == code)) {
       id_ = code;
       return ReadPacket();
