@@ -56,6 +56,13 @@ class ShortPieces final : public ForwardStream {
  public:
   using ForwardStream::ForwardStream;
   int32_t Read(void* bytes, int32_t count) override { return ForwardStream::Read(bytes, std::min(count, 7)); }
+  // The default takes a short piece for the end.
+  void Seek(int64_t offset, MSeekOrigin origin) override {
+    if (offset < 0) MStream::Seek(offset, origin);
+    char byte;
+    while (offset-- > 0 && ForwardStream::Read(&byte, 1) == 1) {
+    }
+  }
   int64_t GetPosition() override { return MStream::GetPosition(); }
   int64_t GetSize() override { return MStream::GetSize(); }
 };
