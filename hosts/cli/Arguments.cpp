@@ -137,7 +137,10 @@ void Parser::AddState() {
 
 void Parser::AddInfo() {
   CLI::App& info = *app_.add_subcommand("info", "Print what a file holds, as JSON.");
-  AddName(info, "FILE", info_.file, "Resource library (.mrf): the id and the size of each item.");
+  AddName(info, "FILE", info_.file,
+          "Sample (.wav, .mp3, all else ZSD): channels, rate, length, bits, peak. Resource library (.mrf): "
+          "the id "
+          "and the size of each item.");
   info.footer(kDashes);
 }
 

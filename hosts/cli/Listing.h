@@ -6,6 +6,7 @@
 #include "hosts/bridge/Plugin.h"
 #include "hosts/bridge/PluginTable.h"
 
+class MAudioBuffer;
 class MResourceLibrary;
 
 namespace cli {
@@ -19,6 +20,9 @@ std::string ParametersAsJson(const bridge::Plugin& plugin);
 
 // The items in the order of the index, with the sizes that it states.
 std::string ResourcesAsJson(const MResourceLibrary& library);
+
+// "peak" is the greatest magnitude of all samples, those that are no number left out; null for infinity.
+std::string SampleAsJson(const MAudioBuffer& sample);
 
 // "effect" or "instrument"; "real", "integer", "enumeration" or "switch".
 const char* KindName(bridge::PluginKind kind) noexcept;

@@ -1,5 +1,7 @@
+#include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "core/MAudioBuffer.h"
 #include "hosts/cli/Listing.h"
 #include "resources/MResourceLibrary.h"
 
@@ -16,6 +18,16 @@ std::string Print(const Json& json) {
 
 Json Number(const MPluginParameter& row, double value) {
   return bridge::IsWhole(row) ? Json(static_cast<int32_t>(value)) : Json(value);
+}
+
+float GetPeak(const MAudioBuffer& sample) {
+  float peak = 0;
+  for (int32_t c = 0; c < sample.GetChannelCount(); ++c)
+    for (int32_t i = 0; i < sample.GetLength(); ++i) {
+      const float magnitude = std::abs(sample.GetChannel(c)[i]);
+      if (magnitude > peak) peak = magnitude;
+    }
+  return peak;
 }
 
 }  // namespace
@@ -55,6 +67,15 @@ std::string ResourcesAsJson(const MResourceLibrary& library) {
   for (const MResource* const resource : library.GetResources())
     resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
   return Print({{"kind", "resources"}, {"resources", resources}});
+}
+
+std::string SampleAsJson(const MAudioBuffer& sample) {
+  return Print({{"kind", "sample"},
+                {"channels", sample.GetChannelCount()},
+                {"rate", sample.sampleRate},
+                {"length", sample.GetLength()},
+                {"bits", sample.bitDepth},
+                {"peak", GetPeak(sample)}});
 }
 
 }  // namespace cli

@@ -1,5 +1,5 @@
 #pragma once
-#include "audiofiles/MSharedCache.h"
+#include "audiofiles/MSampleCache.h"
 #include "core/MFileList.h"
 #include "core/MXMLItem.h"
 
@@ -35,7 +35,7 @@ class SonvelleConfiguration {
   MFileTree sampleFiles;         // as they were at the start
   MFileTree subSampleLibraryFiles;
   MFileTree multiSampleFiles;
-  MSharedCache sampleCache;
+  MSampleCache sampleCache;
   MSharedCache multiSampleCache;
   MSharedCache subSampleCache;
 
