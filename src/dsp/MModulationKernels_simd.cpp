@@ -125,6 +125,9 @@ __attribute__((target("avx2,fma"))) void InterpolateWide(const float* line, floa
     Store(out + i, _mm256_fmadd_pd(slope, t, p1));
     places = _mm256_add_pd(places, _mm256_set1_pd(4));
   }
+  // The compiler forgets this before a call at the very end. Left as they are, the upper halves would make
+  // all instructions of the narrow kind wait for one another, in whatever runs next.
+  _mm256_zeroupper();
   InterpolateFrom(i, line, out, wave, swing, start, samples);
 }
 
