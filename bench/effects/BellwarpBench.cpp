@@ -6,8 +6,8 @@ namespace {
 
 std::unique_ptr<EffectBench> Make(bool isModulating, bool areBothOn) {
   auto effect = std::make_unique<EffectBench>("Bellwarp");
-  effect->SetSwitch("modulate", isModulating);
-  effect->SetSwitch("enable2", areBothOn);
+  effect->Set("modulate", isModulating);
+  effect->Set("enable2", areBothOn);
   return effect;
 }
 
@@ -22,5 +22,10 @@ void BellwarpDecay(benchmark::State& state) {
   Make(true, true)->RunDecay(state);
 }
 BENCHMARK(BellwarpDecay)->Arg(256);
+
+void BellwarpUpdate(benchmark::State& state) {
+  EffectBench("Bellwarp").RunUpdate(state, "frequency1", 2.5, 3);
+}
+BENCHMARK(BellwarpUpdate);
 
 }  // namespace

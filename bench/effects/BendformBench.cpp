@@ -34,4 +34,14 @@ void BendformDecay(benchmark::State& state) {
 }
 BENCHMARK(BendformDecay)->Arg(256);
 
+void BendformUpdate(benchmark::State& state) {
+  Make(0)->RunUpdate(state, "Depth", 0.4, 0.5);
+}
+BENCHMARK(BendformUpdate);
+
+void BendformUpdateCurve(benchmark::State& state) {
+  Make(20, "Mode 3")->RunUpdate(state, "Depth", 0.4, 0.5);
+}
+BENCHMARK(BendformUpdateCurve);
+
 }  // namespace

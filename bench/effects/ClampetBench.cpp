@@ -9,7 +9,7 @@ void Clampet(benchmark::State& state, double thresholdSqrt, int32_t mode, double
   const auto effect = std::make_unique<EffectBench>("Clampet");
   effect->Set("threshold", thresholdSqrt);
   effect->Set("evenharmonics", harmonics);
-  effect->SetChoice("mode", mode);
+  effect->Set("mode", mode);
   effect->Run(state);
 }
 BENCHMARK_CAPTURE(Clampet, below, 0.8, 0, 0.0)->Name("Clampet")->Arg(64)->Arg(256)->Arg(1024);
@@ -30,5 +30,10 @@ void ClampetDecay(benchmark::State& state) {
   effect->RunDecay(state);
 }
 BENCHMARK(ClampetDecay)->Arg(256);
+
+void ClampetUpdate(benchmark::State& state) {
+  EffectBench("Clampet").RunUpdate(state, "threshold", 0.5, 0.8);
+}
+BENCHMARK(ClampetUpdate);
 
 }  // namespace

@@ -14,4 +14,14 @@ BENCHMARK_CAPTURE(Echolan, oneMillisecond, 0.001)->Name("EcholanOneMillisecond")
 // The worst case: a line of one sample, each of which depends on the one before.
 BENCHMARK_CAPTURE(Echolan, oneSample, 0.0)->Name("EcholanOneSample")->Arg(256);
 
+void EcholanDecay(benchmark::State& state) {
+  EffectBench("Echolan").RunDecay(state);
+}
+BENCHMARK(EcholanDecay)->Arg(256);
+
+void EcholanUpdate(benchmark::State& state) {
+  EffectBench("Echolan").RunUpdate(state, "delay", 0.1, 0.2);
+}
+BENCHMARK(EcholanUpdate);
+
 }  // namespace

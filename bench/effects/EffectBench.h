@@ -3,8 +3,9 @@
 // Reports the time per stereo frame; denormals are flushed, as the bridge does.
 
 #include <cmath>
-#include <cstring>
+#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bench/Calibrated.h"
@@ -30,42 +31,8 @@ class EffectBench {
   EffectBench& operator=(const EffectBench&) = delete;
   ~EffectBench() { Call(MService::kDestroy); }
 
-  void Set(const char* key, double value) {
-    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
-    for (int32_t i = 0; i < block->parameterCount; ++i) {
-      if (!(block->parameters[i].key == MString::Literal(key))) continue;
-      MStoreShared(block->parameters[i].real.value, value);
-      Call(MService::kParameterChanged, i);
-    }
-  }
-
-  // Of an integer row.
-  void SetNumber(const char* key, int32_t number) {
-    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
-    for (int32_t i = 0; i < block->parameterCount; ++i) {
-      if (!(block->parameters[i].key == MString::Literal(key))) continue;
-      MStoreShared(block->parameters[i].integer.value, number);
-      Call(MService::kParameterChanged, i);
-    }
-  }
-
-  void SetChoice(const char* key, int32_t choice) {
-    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
-    for (int32_t i = 0; i < block->parameterCount; ++i) {
-      if (!(block->parameters[i].key == MString::Literal(key))) continue;
-      MStoreShared(block->parameters[i].enumeration.value, choice);
-      Call(MService::kParameterChanged, i);
-    }
-  }
-
-  void SetSwitch(const char* key, bool isOn) {
-    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
-    for (int32_t i = 0; i < block->parameterCount; ++i) {
-      if (!(block->parameters[i].key == MString::Literal(key))) continue;
-      MStoreShared(block->parameters[i].onOff.value, int32_t{isOn});
-      Call(MService::kParameterChanged, i);
-    }
-  }
+  // Of a row of any kind; a number is cut to what the row holds.
+  void Set(const char* key, double value) { Set(FindRow(key), value); }
 
   void Prepare() { Call(MService::kPrepare, 2, 48000); }
   void SetEditorOpen(bool isOpen) { static_cast<MPlugin*>(plugin_)->SetEditorOpen(isOpen); }
@@ -80,6 +47,24 @@ class EffectBench {
           frame < kFrames / 2 ? input_[i] * std::pow(10.0f, -12.0f * static_cast<float>(frame) / kFrames) : 0;
     }
     Run(state);
+  }
+
+  // The time of an update after a row was changed, forth and back.
+  void RunUpdate(benchmark::State& state, const char* key, double value, double other) {
+    const int32_t row = FindRow(key);
+    Call(MService::kPrepare, 2, 48000);
+    Calibrate(state);
+    for (auto _ : state) {
+      std::swap(value, other);
+      Set(row, other);
+    }
+  }
+
+  // The same of an effect without rows.
+  void RunUpdate(benchmark::State& state) {
+    Call(MService::kPrepare, 2, 48000);
+    Calibrate(state);
+    for (auto _ : state) Call(MService::kParameterChanged, -1);
   }
 
   void Run(benchmark::State& state) {
@@ -105,6 +90,23 @@ class EffectBench {
   MWord Call(int32_t service, MWord a = 0, MWord b = 0, MWord c = 0) {
     MServiceArguments arguments(a, b, c);
     return entry_(plugin_, service, &arguments);
+  }
+
+  int32_t FindRow(const char* key) {
+    const auto* block = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock));
+    for (int32_t i = 0; i < block->parameterCount; ++i)
+      if (block->parameters[i].key == MString::Literal(key)) return i;
+    throw std::invalid_argument(key);
+  }
+
+  void Set(int32_t row, double value) {
+    MPluginParameter& at = MAsAddress<MPluginPublicBlock>(Call(MService::kPublicBlock))->parameters[row];
+    const auto number = static_cast<int32_t>(value);
+    if (at.kind == MParameterKind::kReal) MStoreShared(at.real.value, value);
+    if (at.kind == MParameterKind::kInteger) MStoreShared(at.integer.value, number);
+    if (at.kind == MParameterKind::kEnumeration) MStoreShared(at.enumeration.value, number);
+    if (at.kind == MParameterKind::kSwitch) MStoreShared(at.onOff.value, number);
+    Call(MService::kParameterChanged, row);
   }
 
   MPluginEntryPoint* entry_ = nullptr;

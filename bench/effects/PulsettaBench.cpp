@@ -15,4 +15,14 @@ void PulsettaDecay(benchmark::State& state) {
 }
 BENCHMARK(PulsettaDecay)->Arg(256);
 
+void PulsettaUpdate(benchmark::State& state) {
+  EffectBench("Pulsetta").RunUpdate(state, "rate", 0.5, 0.6);
+}
+BENCHMARK(PulsettaUpdate);
+
+void PulsettaUpdateShape(benchmark::State& state) {
+  EffectBench("Pulsetta").RunUpdate(state, "Shape", 4.25, 4.5);
+}
+BENCHMARK(PulsettaUpdateShape);
+
 }  // namespace

@@ -12,4 +12,9 @@ void QuaverlyDecay(benchmark::State& state) {
 }
 BENCHMARK(QuaverlyDecay)->Arg(256);
 
+void QuaverlyUpdate(benchmark::State& state) {
+  EffectBench("Quaverly").RunUpdate(state, "depth", 0.4, 0.5);
+}
+BENCHMARK(QuaverlyUpdate);
+
 }  // namespace

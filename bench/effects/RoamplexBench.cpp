@@ -12,4 +12,9 @@ void RoamplexDecay(benchmark::State& state) {
 }
 BENCHMARK(RoamplexDecay)->Arg(256);
 
+void RoamplexUpdate(benchmark::State& state) {
+  EffectBench("Roamplex").RunUpdate(state, "rate", 0.5, 0.6);
+}
+BENCHMARK(RoamplexUpdate);
+
 }  // namespace

@@ -6,8 +6,8 @@ namespace {
 
 std::unique_ptr<EffectBench> Make(bool low, bool high) {
   auto effect = std::make_unique<EffectBench>("Slotter");
-  effect->SetSwitch("lowenable", low);
-  effect->SetSwitch("highenable", high);
+  effect->Set("lowenable", low);
+  effect->Set("highenable", high);
   return effect;
 }
 
@@ -22,5 +22,10 @@ void SlotterDecay(benchmark::State& state) {
   Make(true, true)->RunDecay(state);
 }
 BENCHMARK(SlotterDecay)->Arg(256);
+
+void SlotterUpdate(benchmark::State& state) {
+  EffectBench("Slotter").RunUpdate(state, "lowfreq", 2.5, 3);
+}
+BENCHMARK(SlotterUpdate);
 
 }  // namespace

@@ -9,14 +9,14 @@ enum Knee { kHard, kLinear, kSoft };
 void SetUp(EffectBench& effect, Knee knee, bool isLinked = true) {
   effect.Set("ratio", 4);
   effect.Set("threshold", 0.4);
-  effect.SetChoice("kneemode", knee);
-  effect.SetSwitch("linkchannels", isLinked);
+  effect.Set("kneemode", knee);
+  effect.Set("linkchannels", isLinked);
 }
 
 void Squeezel(benchmark::State& state, Knee knee, bool isLinked, bool isDrawn) {
   const auto effect = std::make_unique<EffectBench>("Squeezel");
   SetUp(*effect, knee, isLinked);
-  effect->SetSwitch("customshape", isDrawn);
+  effect->Set("customshape", isDrawn);
   effect->Run(state);
 }
 BENCHMARK_CAPTURE(Squeezel, soft, kSoft, true, false)->Name("Squeezel")->Arg(64)->Arg(256)->Arg(1024);
@@ -45,5 +45,17 @@ void SqueezelDecay(benchmark::State& state) {
   effect->RunDecay(state);
 }
 BENCHMARK(SqueezelDecay)->Arg(256);
+
+void SqueezelUpdate(benchmark::State& state) {
+  EffectBench("Squeezel").RunUpdate(state, "threshold", 0.4, 0.5);
+}
+BENCHMARK(SqueezelUpdate);
+
+void SqueezelUpdateDrawn(benchmark::State& state) {
+  EffectBench effect("Squeezel");
+  effect.Set("customshape", 1);
+  effect.RunUpdate(state, "threshold", 0.4, 0.5);
+}
+BENCHMARK(SqueezelUpdateDrawn);
 
 }  // namespace

@@ -33,4 +33,9 @@ void TonebenchDecay(benchmark::State& state) {
 }
 BENCHMARK(TonebenchDecay)->Arg(256);
 
+void TonebenchUpdate(benchmark::State& state) {
+  Make(6)->RunUpdate(state);
+}
+BENCHMARK(TonebenchUpdate);
+
 }  // namespace

@@ -23,4 +23,9 @@ void WidenorDecay(benchmark::State& state) {
 }
 BENCHMARK(WidenorDecay)->Arg(256);
 
+void WidenorUpdate(benchmark::State& state) {
+  EffectBench("Widenor").RunUpdate(state, "resonance", 0.4, 0.5);
+}
+BENCHMARK(WidenorUpdate);
+
 }  // namespace

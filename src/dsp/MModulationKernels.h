@@ -13,12 +13,14 @@ struct MModulationKernels {
   //   left = l - moved, right = r + moved,  moved = l m for m at or above 0, r m below.
   void (*pan)(const float* const* in, float* const* out, const double* wave, double depth, double bias,
               int32_t samples) noexcept;
+  // Takes samples for a line.
+  void (*widen)(const float* in, double* line, int32_t samples) noexcept;
   // Reads finite samples at moving places, between which it interpolates: y[i] is the line at the place
   // x = start + i + swing wave[i], where with p0 to p3 the samples floor(x) - 1 to floor(x) + 2, t the
   // fraction of x and c = (3 (p1 - p2) - p0 + p3) / 2,
   //   y = p1 + ((c t + 2 p2 + p0 - (5 p1 + p3) / 2) t + (p2 - p0) / 2) t.
   // The line has all of these samples; x is at least 1.
-  void (*interpolate)(const float* line, float* out, const double* wave, double swing, double start,
+  void (*interpolate)(const double* line, float* out, const double* wave, double swing, double start,
                       int32_t samples) noexcept;
 };
 

@@ -25,8 +25,15 @@ void BendformAudioEffectPlugin::ResetCurve() {
 
 void BendformAudioEffectPlugin::Update() {
   if (sampleRate_ < 1) return;
+  const MLocker building(building_);
+  MEnvelopeData curve;
+  {
+    const MLocker locker(lock_);
+    curve = curve_;
+  }
+  shapes_[1 - current_].Build(curve);
   const MLocker locker(lock_);
-  shape_.Build(curve_);
+  current_ = 1 - current_;
 }
 
 bool BendformAudioEffectPlugin::SaveState(MXMLItem& item) {
@@ -49,7 +56,7 @@ void BendformAudioEffectPlugin::Process(float** in, float** out, int32_t samples
   if (samples < 1) return;
   const double depth = MLimitedValue(rows_[kDepth], -1e6, 1e6);
   const MLocker locker(lock_);
-  const BendformCurve::View shape = shape_.GetView();
+  const BendformCurve::View shape = shapes_[current_].GetView();
   if (!shape.pieces) return CopyChannels(in, out, 0, channels_, samples);
   for (int32_t c = 0; c < channels_; ++c) kernel_.run(shape, depth, in[c], out[c], samples);
 }

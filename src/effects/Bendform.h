@@ -10,7 +10,8 @@
 // sign, counts as positive.
 //
 // The depth is read once a block; a changed curve comes with the next Update. All channels are served,
-// nothing is kept between blocks. A sample that is not finite passes as it is. A block holds the lock.
+// nothing is kept between blocks. A sample that is not finite passes as it is. A block holds the lock, but
+// waits for no curve that is being compiled; one that cannot be leaves the curve before.
 class BendformAudioEffectPlugin final : public MAudioEffectPlugin {
  public:
   BendformAudioEffectPlugin();
@@ -27,7 +28,9 @@ class BendformAudioEffectPlugin final : public MAudioEffectPlugin {
   enum { kDepth, kRowCount };
   MPluginParameter rows_[kRowCount];
   const BendformKernel& kernel_;
+  MLock building_;  // makes updates follow one another; taken before the lock
+  BendformCurve shapes_[2];
   // Under the lock.
   MEnvelopeData curve_;
-  BendformCurve shape_;
+  int32_t current_ = 0;  // the shape that blocks read; an update builds the other one beside the lock
 };

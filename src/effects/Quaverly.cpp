@@ -45,20 +45,26 @@ void QuaverlyAudioEffectPlugin::KeepStart(float** in, int32_t channels, int32_t 
     for (int32_t i = 0; i < kStart; ++i) lines_[c].start[i] = i < samples ? MCleanSample(in[c][i]) : 0;
 }
 
+double* QuaverlyAudioEffectPlugin::Line::Append(int32_t count) noexcept {
+  if (end + count > static_cast<int32_t>(std::size(samples))) {
+    std::copy_n(samples + end - kHistory, kHistory, samples);
+    end = kHistory;
+  }
+  end += count;
+  return samples + end - count;
+}
+
 void QuaverlyAudioEffectPlugin::Delay(Line& line, const float* in, float* out, double phase,
                                       int32_t samples) noexcept {
-  constexpr int32_t kChunk = 256;
   const double step = GetStep();
   const MModulationKernels& kernels = MGetModulationKernels();
   double wave[kChunk];
-  float window[kHistory + kChunk];
   for (int32_t done = 0; done < samples; done += kChunk) {
     const int32_t run = std::min(kChunk, samples - done);
-    std::copy_n(line.history, kHistory, window);
-    std::transform(in + done, in + done + run, window + kHistory, MCleanSample);
-    std::copy_n(window + run, kHistory, line.history);
+    double* const newest = line.Append(run);
+    kernels.widen(in + done, newest, run);
     GetWave().Read(wave, phase + done * step, step, run);
-    kernels.interpolate(window, out + done, wave, reachSamples_, kHistory - kDelay, run);
+    kernels.interpolate(newest - kHistory, out + done, wave, reachSamples_, kHistory - kDelay, run);
   }
 }
 
@@ -80,9 +86,9 @@ void QuaverlyAudioEffectPlugin::Process(float** in, float** out, int32_t samples
 }
 
 int32_t QuaverlyAudioEffectPlugin::IsSilent() {
-  const auto isSilent = [](float sample) { return std::abs(sample) <= kSilence; };
+  const auto isSilent = [](double sample) { return std::abs(sample) <= kSilence; };
   return std::all_of(lines_, lines_ + kChannels, [&](const Line& line) {
-    return std::all_of(line.history, line.history + kHistory, isSilent) &&
+    return std::all_of(line.samples + line.end - kHistory, line.samples + line.end, isSilent) &&
            std::all_of(line.start, line.start + kStart, isSilent);
   });
 }

@@ -26,11 +26,16 @@ class QuaverlyAudioEffectPlugin final : public MModulationPlugin {
   static constexpr int32_t kChannels = 8;
   static constexpr int32_t kDelay = 204;
   static constexpr int32_t kHistory = 2 * kDelay;
-  static constexpr int32_t kStart = 4;  // of the last block, which count for the silence
-  // The newest input of a channel.
+  static constexpr int32_t kStart = 4;    // of the last block, which count for the silence
+  static constexpr int32_t kChunk = 256;  // samples that are worked on at a time
+  // The newest input of a channel, before `end`.
   struct Line {
-    float history[kHistory];
-    float start[kStart];
+    double samples[kHistory + 2 * kChunk] = {};
+    int32_t end = kHistory;
+    float start[kStart] = {};
+
+    // Makes room for so many samples behind the end, up to kChunk, where it keeps those before.
+    double* Append(int32_t count) noexcept;
   };
 
   void KeepStart(float** in, int32_t channels, int32_t samples) noexcept;
@@ -38,7 +43,7 @@ class QuaverlyAudioEffectPlugin final : public MModulationPlugin {
 
   enum { kDepth, kRate, kPhaseDifference, kShape, kRowCount };
   MPluginParameter rows_[kRowCount];
-  Line lines_[kChannels] = {};
+  Line lines_[kChannels];
   double phase_ = 0;
   double offset_ = 0;  // cycles, under the lock
   int32_t reachSamples_ = 80;

@@ -155,7 +155,7 @@ void SqueezelAudioEffectPlugin::Update() {
   curve_ = SqueezelCurve(GetSettings());
   const bool isDrawn = curve_.settings.isDrawn;
   isBypassed_ = !isDrawn && std::abs(curve_.settings.ratio - 1) < kNothing;
-  if (isBypassed_) std::fill(std::begin(detectors_), std::end(detectors_), SqueezelPasses::Detector());
+  if (isBypassed_) std::fill(std::begin(detectors_), std::end(detectors_), SqueezelDetector());
   const auto decay = [this](int32_t row) { return Decay(sampleRate_, MLimitedValue(rows_[row], 0, 60)); };
   times_ = {decay(kAttack), decay(kRelease), decay(kRmsLength)};
   if (!isDrawn && IsEditorOpen()) FollowCurve();
@@ -235,10 +235,12 @@ bool SqueezelAudioEffectPlugin::LoadState(MXMLItem& item) {
   return result;
 }
 
-void SqueezelAudioEffectPlugin::RunDetector(int32_t index, const double* powers, double scale,
-                                            int32_t samples) noexcept {
-  SqueezelPasses::Detect(detectors_[index], times_, powers, scale, levels_, samples);
-  curve_.getGains(curve_, levels_, gains_, samples);
+void SqueezelAudioEffectPlugin::RunDetectors(int32_t first, int32_t count, const double* powers, double scale,
+                                             int32_t samples) noexcept {
+  const auto detect = count == 2 ? kernel_.detectTwo : kernel_.detect;
+  detect(detectors_ + first, times_, powers, scale, levels_, samples);
+  for (int32_t i = 0; i < count; ++i)
+    kernel_.gains[curve_.way](curve_, levels_ + i * kPart, gains_ + i * kPart, samples);
 }
 
 void SqueezelAudioEffectPlugin::ProcessPart(float* const* in, float* const* out, int32_t served,
@@ -253,17 +255,20 @@ void SqueezelAudioEffectPlugin::ProcessPart(float* const* in, float* const* out,
     MBiquadCascade::Run({filters_ + firstFilter_, filters_ + endFilter_}, filterStates_ + firstFilter_, 2, in,
                         filtered, served, samples);
   const double gain = curve_.settings.inputGain;
-  double powers[kPart] = {};
   if (isLinked_) {
-    for (int32_t c = 0; c < served; ++c) SqueezelPasses::AddPowers(heard[c], gain, powers, samples);
-    RunDetector(0, powers, 1.0 / served, samples);
-    for (int32_t c = 0; c < served; ++c) SqueezelPasses::Scale(in[c], gains_, out[c], samples);
+    double powers[kPart] = {};
+    for (int32_t c = 0; c < served; ++c) kernel_.addPowers(heard[c], gain, powers, samples);
+    RunDetectors(0, 1, powers, 1.0 / served, samples);
+    for (int32_t c = 0; c < served; ++c) kernel_.scale(in[c], gains_, out[c], samples);
   } else {
-    for (int32_t c = 0; c < served; ++c) {
-      std::fill_n(powers, samples, 0.0);
-      SqueezelPasses::AddPowers(heard[c], gain, powers, samples);
-      RunDetector(c, powers, 1, samples);
-      SqueezelPasses::Scale(in[c], gains_, out[c], samples);
+    for (int32_t first = 0; first < served; first += 2) {
+      const int32_t count = std::min(served - first, 2);
+      double powers[2 * kPart] = {};
+      for (int32_t i = 0; i < count; ++i)
+        kernel_.addPowers(heard[first + i], gain, powers + i * kPart, samples);
+      RunDetectors(first, count, powers, 1, samples);
+      for (int32_t i = 0; i < count; ++i)
+        kernel_.scale(in[first + i], gains_ + i * kPart, out[first + i], samples);
     }
   }
   if (!HasFilter() || !sideChain_.plays) return;
@@ -283,7 +288,7 @@ void SqueezelAudioEffectPlugin::Process(float** in, float** out, int32_t samples
     for (int32_t c = 0; c < served; ++c) {
       from[c] = in[c] + done;
       to[c] = out[c] + done;
-      if (isBypassed_) SqueezelPasses::Scale(from[c], gains_, to[c], part);
+      if (isBypassed_) kernel_.scale(from[c], gains_, to[c], part);
     }
     if (!isBypassed_) ProcessPart(from, to, served, part);
   }
@@ -292,15 +297,16 @@ void SqueezelAudioEffectPlugin::Process(float** in, float** out, int32_t samples
 
 // Whether it still runs.
 bool SqueezelAudioEffectPlugin::SkipDetector(int32_t index, int32_t samples) noexcept {
-  SqueezelPasses::Detector& detector = detectors_[index];
+  SqueezelDetector& detector = detectors_[index];
   if (!(detector.envelope > kSilentLevel)) {
     detector = {};
     return false;
   }
+  constexpr double kZeros[kPart] = {};
   for (int32_t left = samples; left > 0;) {
-    const SqueezelPasses::Detector before = detector;
+    const SqueezelDetector before = detector;
     const int32_t part = std::min(left, kPart);
-    SqueezelPasses::Detect(detector, times_, nullptr, 1, levels_, part);
+    kernel_.detect(&detector, times_, kZeros, 1, levels_, part);
     left -= part;
     // What came back after a whole part comes back after every one.
     if (part == kPart && detector == before) left %= kPart;

@@ -46,7 +46,7 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
 
  private:
   static constexpr int32_t kChannels = 8;
-  static constexpr int32_t kPart = 64;  // samples that are worked on at a time
+  static constexpr int32_t kPart = kSqueezelPart;
   enum {
     kGain,
     kOutputGain,
@@ -72,23 +72,26 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
   void LoadOldRows(const MXMLItem& item);
   bool HasFilter() const noexcept { return firstFilter_ < endFilter_; }
   void ProcessPart(float* const* in, float* const* out, int32_t served, int32_t samples) noexcept;
-  void RunDetector(int32_t index, const double* powers, double scale, int32_t samples) noexcept;
+  // From the detector `first` on, one or two.
+  void RunDetectors(int32_t first, int32_t count, const double* powers, double scale,
+                    int32_t samples) noexcept;
   bool SkipDetector(int32_t index, int32_t samples) noexcept;
   void Measure(double largest, int32_t samples) noexcept;
 
   MPluginParameter rows_[kRowCount];
+  const SqueezelKernel& kernel_ = GetSqueezelKernel();
   // Under the lock.
   MEnvelopeData drawn_;
   BendformCurve drawnShape_;
   SideChain sideChain_;
   SqueezelCurve curve_;
-  SqueezelPasses::Times times_;
-  SqueezelPasses::Detector detectors_[kChannels];
+  SqueezelTimes times_;
+  SqueezelDetector detectors_[kChannels];
   MBiquadFilterFloat filters_[2];  // low-pass, high-pass
   int32_t firstFilter_ = 0, endFilter_ = 0;
   MBiquadStateFloat filterStates_[kChannels * 2];
   float filtered_[kChannels][kPart] = {};
-  double gains_[kPart] = {}, levels_[kPart] = {};
+  double gains_[2 * kPart] = {}, levels_[2 * kPart] = {};
   bool isReady_ = false;
   bool isBypassed_ = false;
   bool isLinked_ = true;

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "dsp/MProcessor.h"
+
 namespace {
 
 constexpr double kNothing = 1e-50;
@@ -22,7 +24,7 @@ SqueezelCurve::SqueezelCurve(const SqueezelSettings& from) : settings(from) {
   const bool hasKnee = std::abs(slope - 1) >= kNothing && std::abs(settings.kneeSize) >= kNothing;
   knee = hasKnee ? settings.knee : SqueezelSettings::kHard;
   if (knee != SqueezelSettings::kHard) AddKnee();
-  getGains = SqueezelPasses::FindGains(*this);
+  way = settings.isDrawn ? kDrawnWay : knee;
 }
 
 void SqueezelCurve::AddKnee() {
@@ -37,10 +39,10 @@ void SqueezelCurve::AddKnee() {
   startOutput = makeUp * ya;
   endOutput = makeUp * yb;
   // Where the normals of both lines meet: from A along (1, -1), from B along (slope, -1).
-  const double way = (b - a + yb - ya) / (1 - slope);
-  const double centreX = b + way * slope;
+  const double reach = (b - a + yb - ya) / (1 - slope);
+  const double centreX = b + reach * slope;
   minusCentreX = -centreX;
-  centreY = yb - way;
+  centreY = yb - reach;
   squaredRadius = (a - centreX) * (a - centreX) + (ya - centreY) * (ya - centreY);
 }
 
@@ -62,8 +64,12 @@ double SqueezelCurve::GetOutput(double x) const noexcept {
 }
 
 double SqueezelCurve::GetGain(double x) const noexcept {
-  const double levels[2] = {x, 1};
-  double gains[2];
-  getGains(*this, levels, gains, 1);
+  const double levels[4] = {x, 1, 1, 1};
+  double gains[4];
+  GetSqueezelKernel().gains[way](*this, levels, gains, 1);
   return gains[0];
+}
+
+const SqueezelKernel& GetSqueezelKernel() noexcept {
+  return MHasAVX2() ? kSqueezelWide : kSqueezelBaseline;
 }

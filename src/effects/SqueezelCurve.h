@@ -25,7 +25,9 @@ struct SqueezelSettings {
 //   soft:   the arc that touches both lines, cy + sqrt(r^2 - (x - cx)^2).
 // A drawn curve v, whose axes are both square roots of levels, has m = 1 and g(x) = v(sqrt x)^2/x G.
 struct SqueezelCurve {
-  // Gains of `count` levels; reads and writes up to the next even count. [audio]
+  // How gains are found: by a knee, or the drawn curve.
+  enum { kDrawnWay = SqueezelSettings::kKneeCount, kWayCount };
+  // Gains of `count` levels. [audio]
   using GainFunction = void(const SqueezelCurve& curve, const double* levels, double* gains, int32_t count);
 
   SqueezelCurve() = default;
@@ -45,35 +47,42 @@ struct SqueezelCurve {
   double startOutput = 0, endOutput = 0;             // C(a), C(b)
   double minusCentreX = 0, centreY = 0, squaredRadius = 0;
   BendformCurve::View drawn;
-  GainFunction* getGains = nullptr;
+  int32_t way = SqueezelSettings::kHard;
 
  private:
   void AddKnee();
 };
 
-// The loops of a block; levels and powers of one channel, in double.
-namespace SqueezelPasses {
+// At most as many samples are worked on at a time; so far apart lie two channels of levels, powers and gains.
+inline constexpr int32_t kSqueezelPart = 64;
 
-inline constexpr double kBias = double{1e-25f};
-
-struct Detector {
+struct SqueezelDetector {
+  static constexpr double kBias = double{1e-25f};
   double power = 0, envelope = 0;
-  bool operator==(const Detector& other) const = default;
+  bool operator==(const SqueezelDetector& other) const = default;
 };
 // exp(-1/(rate * time)) of each time, 0 for a time of 0.
-struct Times {
+struct SqueezelTimes {
   double attack = 0, release = 0, rms = 0;
 };
 
-SqueezelCurve::GainFunction* FindGains(const SqueezelCurve& curve) noexcept;
+// The loops of a part; levels, powers and gains in double. They read and write these up to the next whole
+// register, four at the most. [audio]
+struct SqueezelKernel {
+  SqueezelCurve::GainFunction* gains[SqueezelCurve::kWayCount];
+  // powers[i] += (in[i] gain)^2.
+  void (*addPowers)(const float* in, double gain, double* powers, int32_t count) noexcept;
+  // P = (1 - R) power scale + R P + bias, l = sqrt P, E = c E + (1 - c) l + bias with c the release where l
+  // is at or below E, else the attack; levels[i] = E. One channel, and two of them.
+  using Detect = void(SqueezelDetector* detectors, const SqueezelTimes& times, const double* powers,
+                      double scale, double* levels, int32_t count) noexcept;
+  Detect* detect;
+  Detect* detectTwo;
+  // out[i] = in[i] gains[i], limited to the range of float; `in` and `out` may be the same.
+  void (*scale)(const float* in, const double* gains, float* out, int32_t count) noexcept;
+};
 
-// powers[i] += (in[i] gain)^2.
-void AddPowers(const float* in, double gain, double* powers, int32_t count) noexcept;
-// P = (1 - R) power + R P + bias, l = sqrt P, E = c E + (1 - c) l + bias with c the release where l is at or
-// below E, else the attack; levels[i] = E. `powers` may be null, which is silence.
-void Detect(Detector& detector, const Times& times, const double* powers, double scale, double* levels,
-            int32_t count) noexcept;
-// out[i] = in[i] gains[i], limited to the range of float; `in` and `out` may be the same.
-void Scale(const float* in, const double* gains, float* out, int32_t count) noexcept;
-
-}  // namespace SqueezelPasses
+extern const SqueezelKernel kSqueezelBaseline;
+extern const SqueezelKernel kSqueezelWide;  // AVX2 and FMA; of nulls where it was not compiled
+// The one that this processor runs best. [any]
+const SqueezelKernel& GetSqueezelKernel() noexcept;

@@ -52,12 +52,25 @@ TEST_P(MModulationKernels, MoveAPartOfOneChannelToTheOther) {
   }
 }
 
+TEST_P(MModulationKernels, TakeSamplesForALine) {
+  for (const int32_t count : kCounts) {
+    AudioBlock in = AudioBlock::Noise(1, count, random_);
+    if (count > 2) in[0][random_.Below(count)] = random_.OneOf(std::vector<float>{NAN, INFINITY, -INFINITY});
+    std::vector<double> line(static_cast<std::size_t>(count) + 1, 7);
+    GetParam()->widen(in[0], line.data(), count);
+    for (int32_t i = 0; i < count; ++i)
+      ASSERT_EQ(line[static_cast<std::size_t>(i)], std::isfinite(in[0][i]) ? in[0][i] : 0) << i;
+    EXPECT_EQ(line.back(), 7);
+  }
+}
+
 TEST_P(MModulationKernels, InterpolateBetweenFourSamples) {
   for (const int32_t count : kCounts) {
     const AudioBlock line = AudioBlock::Noise(1, count + 40, random_);
     const std::vector<double> wave = RandomWave(count);
     AudioBlock out(1, count);
-    GetParam()->interpolate(line[0], out[0], wave.data(), 17.5, 19, count);
+    const std::vector<double> numbers(line[0], line[0] + line.GetLength());
+    GetParam()->interpolate(numbers.data(), out[0], wave.data(), 17.5, 19, count);
     for (int32_t i = 0; i < count; ++i) {
       const double x = 19 + i + 17.5 * wave[static_cast<std::size_t>(i)], t = x - std::floor(x);
       const float* const at = line[0] + static_cast<int32_t>(std::floor(x)) - 1;

@@ -1,0 +1,64 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdlib>
+#include <functional>
+#include <future>
+
+#include "core/MMemory.h"
+#include "tests/effects/NamedEffect.h"
+
+namespace {
+
+// An allocator table that runs something as often as a large block of memory is asked for.
+class LargeBlocks {
+ public:
+  explicit LargeBlocks(std::function<void()> work) : before_(MGetLibraryFunctions()) {
+    work_ = std::move(work);
+    MSetLibraryFunctions({Allocate, Release, Reallocate, Hook, Hook});
+  }
+  LargeBlocks(const LargeBlocks&) = delete;
+  LargeBlocks& operator=(const LargeBlocks&) = delete;
+  ~LargeBlocks() {
+    MSetLibraryFunctions(before_);
+    work_ = nullptr;
+  }
+
+ private:
+  static void* M_CALL Allocate(std::size_t size) {
+    if (size >= 4096) work_();
+    return std::malloc(size > 0 ? size : 1);
+  }
+  static void M_CALL Release(void* block) { std::free(block); }
+  static void* M_CALL Reallocate(void* block, std::size_t size) {
+    if (size > 0) return std::realloc(block, size);
+    std::free(block);
+    return nullptr;
+  }
+  static void M_CALL Hook() {}
+
+  static inline std::function<void()> work_;
+  MLibraryFunctions before_;
+};
+
+TEST(Bendform, ABlockDoesNotWaitForACurveThatIsBeingCompiled) {
+  NamedEffect bendform("Bendform");
+  bendform.Prepare(1, 48000);
+  AudioBlock in = AudioBlock::Constant(1, 64, 0.25), out(1, 64);
+  float **const from = in.From(), **const to = out.From();
+  std::vector<std::future<void>> blocks;
+  bool isWaiting = false;
+  {
+    const LargeBlocks table([&] {
+      blocks.push_back(std::async(std::launch::async, [&] { bendform.Process(from, to, 64); }));
+      isWaiting |= blocks.back().wait_for(std::chrono::seconds(20)) != std::future_status::ready;
+    });
+    bendform.Set("Depth", 1);
+  }
+  EXPECT_FALSE(blocks.empty()) << "nothing was compiled";
+  EXPECT_FALSE(isWaiting);
+  blocks.clear();
+  EXPECT_TRUE(out == in);
+}
+
+}  // namespace
