@@ -18,6 +18,7 @@ class MAudioBuffer final : public MObject {
 
   int32_t sampleRate = 44100;  // in hertz
   int32_t bitDepth = 16;       // of the source of the samples
+  float peakFactor = 1;        // that a file's samples were multiplied with, or a renderer's result
 
   int32_t GetChannelCount() const noexcept { return channelCount_; }
   int32_t GetLength() const noexcept { return length_; }
