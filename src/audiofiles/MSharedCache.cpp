@@ -23,7 +23,7 @@ MSharedCache::Entry* MSharedCache::Find(const MString& path) {
 MSharedCache::Entry& MSharedCache::Find(const MObject* item) {
   for (Entry* entry : entries_)
     if (entry->item == item) return *entry;
-  throw MException(Translate("Invalid sample to release."));
+  throw MException(Translate(MString::Literal(unknown_)));
 }
 
 MObject* MSharedCache::Acquire(const MString& path, Loader* load) {

@@ -11,7 +11,8 @@ class MSharedCache {
   // Makes what is in a file; the caller owns it. May raise, which Acquire passes on.
   using Loader = MObject*(const MString& path);
 
-  MSharedCache() = default;
+  // `unknown` is the message for what is not in the cache.
+  explicit MSharedCache(const char* unknown = "Invalid sample to release.") noexcept : unknown_(unknown) {}
   MSharedCache(const MSharedCache&) = delete;
   MSharedCache& operator=(const MSharedCache&) = delete;
   ~MSharedCache();
@@ -19,10 +20,9 @@ class MSharedCache {
   // The thing of a path, one more use of it counted; `load` makes it when it is not there. Reading is done
   // without the lock: other threads do not wait for the disk.
   MObject* Acquire(const MString& path, Loader* load);
-  // Counts one more use of something that is in use. Raises "Invalid sample to release."
+  // Counts one more use of something that is in use. Raises the message for what is not in the cache.
   void Share(const MObject* item);
-  // Counts one use less; the last one destroys the thing. Raises "Invalid sample to release." for what is not
-  // in the cache.
+  // Counts one use less; the last one destroys the thing. Raises the same.
   void Release(const MObject* item);
 
   int32_t GetCount() const;
@@ -41,6 +41,7 @@ class MSharedCache {
   Entry* Find(const MString& path);
   Entry& Find(const MObject* item);
 
+  const char* unknown_;
   mutable MLock lock_;
   MList<Entry*> entries_;
 };

@@ -6,6 +6,13 @@
 #include "core/MAudioBuffer.h"
 #include "dsp/MSampleReading.h"
 
+int32_t MStepsBelow(double end, double start, double step, int32_t count) noexcept {
+  auto steps = static_cast<int32_t>(std::clamp(std::ceil((end - start) / step), 0.0, double(count)));
+  while (steps > 0 && start + (steps - 1) * step >= end) --steps;
+  while (steps < count && start + steps * step < end) ++steps;
+  return steps;
+}
+
 void MSampleStream::SetSpeed(int32_t recordingRate, double ratio, int32_t outputRate) noexcept {
   speed = std::max(recordingRate, 1) * ratio / std::max(outputRate, 1);
   if (std::abs(speed - 1) < 1e-50) speed = 1;
@@ -23,19 +30,12 @@ void MSampleStream::SetEnvelope(const MEnvelopeData& curve) {
 }
 
 void MSampleStream::ReadGains(float* gains, double place, int32_t count) noexcept {
-  // The samples that lie in front of the note, and those in front of its end.
-  const auto until = [&](double x) {
-    auto i = static_cast<int32_t>(std::clamp(std::ceil((x - place) / speed), 0.0, double{kChunk}));
-    while (i > 0 && place + (i - 1) * speed >= x) --i;
-    while (i < count && place + i * speed < x) ++i;
-    return std::min(i, count);
-  };
-  const int32_t first = until(0);
-  const int32_t end = until(length);
+  const int32_t first = MStepsBelow(0, place, speed, count);
+  const int32_t end = std::max(first, MStepsBelow(length, place, speed, count));
   std::fill_n(gains, first, 0.0f);
   if (hasEnvelope) envelope.FillFloat(gains + first, place + first * speed, speed, end - first);
   for (int32_t i = first; i < end; ++i) gains[i] = static_cast<float>((hasEnvelope ? gains[i] : 1) * volume);
-  std::fill(gains + std::max(first, end), gains + count, 0.0f);
+  std::fill(gains + end, gains + count, 0.0f);
 }
 
 void MSampleStream::Read(float* out, const float* samples, int32_t sampleCount, double place,

@@ -4,6 +4,10 @@
 
 class MAudioBuffer;
 
+// The first of start, start + step, start + 2 step and so on that is not below `end`, by its number from 0 to
+// `count`, which stands for none. The step is above 0. [audio]
+int32_t MStepsBelow(double end, double start, double step, int32_t count) noexcept;
+
 // A note that plays a recording: what Playbox, Layerbox and Grainloom have in common. Places are in samples
 // of the recording, in front of it where they are below 0; the note has ended at or behind `length`.
 struct MSampleStream : MAudioStream {

@@ -1,5 +1,6 @@
 #pragma once
-#include "audiofiles/MSharedCache.h"
+#include "audiofiles/MSampleCache.h"
+#include "audiofiles/MSubSampleLibrary.h"
 #include "core/MFileList.h"
 #include "core/MXMLItem.h"
 
@@ -35,9 +36,9 @@ class SonvelleConfiguration {
   MFileTree sampleFiles;         // as they were at the start
   MFileTree subSampleLibraryFiles;
   MFileTree multiSampleFiles;
-  MSharedCache sampleCache;
+  MSampleCache sampleCache;
   MSharedCache multiSampleCache;
-  MSharedCache subSampleCache;
+  MSubSampleLibraryCache subSampleCache;
 
  private:
   void Save();
