@@ -122,6 +122,6 @@ void MSubSampleLibrary::ReadData(MSubSample& sound, int32_t binCount) const {
 }
 
 MSubSampleLibrary* MSubSampleLibraryCache::Acquire(const MString& path) {
-  const auto load = [](const MString& file) -> MObject* { return new MSubSampleLibrary(file); };
+  const auto load = [](const MString& file, double) -> MObject* { return new MSubSampleLibrary(file); };
   return static_cast<MSubSampleLibrary*>(MSharedCache::Acquire(path, load));
 }

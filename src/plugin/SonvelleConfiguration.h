@@ -1,4 +1,5 @@
 #pragma once
+#include "audiofiles/MMultiSampleCache.h"
 #include "audiofiles/MSampleCache.h"
 #include "audiofiles/MSubSampleLibrary.h"
 #include "core/MFileList.h"
@@ -37,7 +38,7 @@ class SonvelleConfiguration {
   MFileTree subSampleLibraryFiles;
   MFileTree multiSampleFiles;
   MSampleCache sampleCache;
-  MSharedCache multiSampleCache;
+  MMultiSampleCache multiSampleCache;
   MSubSampleLibraryCache subSampleCache;
 
  private:

@@ -20,7 +20,7 @@ class Item : public MObject {
   static inline std::atomic<int> made, destroyed;
 };
 
-MObject* Load(const MString& path) {
+MObject* Load(const MString& path, double) {
   return new Item(path);
 }
 
