@@ -29,7 +29,6 @@ struct MMixerAudioFilter::Voice {
   bool isOver = false;
   bool sounds = false;  // it was not over when the block began
   int32_t mode = MMixerMode::kAdd;
-  double volume = 1;
   MMixerGains gains{1, 0};
   std::vector<float, MAllocator<float>> past;  // of the mix, all channels, for kFreq
 };
@@ -76,9 +75,9 @@ MGeneratorStatePointer MMixerAudioFilter::CreateState(double gain, double ratio)
     if (!object.isEnabled) continue;
     Voice& voice = mix->voices[i];
     voice.mode = KnownMode(object.GetFlag(kMode, MMixerMode::kAdd));
-    voice.volume = std::isfinite(object.volume) ? object.volume : 1;
+    const double usedVolume = std::isfinite(object.volume) ? object.volume : 1;
     const double usedPan = usesPan && std::isfinite(object.pan) ? std::clamp(object.pan, -1.0, 1.0) : 0;
-    voice.gains = MMixerGains(voice.volume, usedPan);
+    voice.gains = MMixerGains(usedVolume, usedPan);
     const bool modulates = hasBase && voice.mode == MMixerMode::kFreq;
     if (modulates)
       voice.past.resize(static_cast<std::size_t>(work_.GetChannelCount()) * MMixing::kPastSamples);
@@ -141,9 +140,9 @@ void MMixerAudioFilter::MixVoice(Voice& voice, MAudioGeneratorObject& object, MA
     MMixing::Apply(work, voice.gains);
   else
     work.Clear();
-  if (voice.mode == MMixerMode::kRing) return MMixing::Ring(out, work, voice.volume);
+  if (voice.mode == MMixerMode::kRing) return MMixing::Ring(out, work, voice.gains.volume);
   const double wanted =
-      std::clamp(voice.volume * MMixing::kMaximumDepth, 0.0, double{MMixing::kMaximumDepth});
+      std::clamp(voice.gains.volume * MMixing::kMaximumDepth, 0.0, double{MMixing::kMaximumDepth});
   const auto depth = static_cast<int32_t>(wanted);
   const auto channels = static_cast<int32_t>(voice.past.size()) / MMixing::kPastSamples;
   for (int32_t c = 0; c < std::min(channels, out.GetChannelCount()); ++c)

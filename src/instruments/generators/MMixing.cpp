@@ -6,19 +6,11 @@
 #include "dsp/MFilter.h"
 #include "dsp/MModulationKernels.h"
 
-MMixerGains::MMixerGains(double volume, double pan) noexcept : own{volume, volume}, cross{0, 0} {
-  if (std::abs(pan) <= 1e-20) return;
-  own[pan > 0 ? 0 : 1] *= 1 - std::abs(pan);
-  cross[pan > 0 ? 1 : 0] = volume * std::abs(pan);
-}
-
-namespace {
-
-bool IsPanned(const MAudioBuffer& buffer, const MMixerGains& gains) {
-  return buffer.GetChannelCount() == 2 && (gains.cross[0] != 0 || gains.cross[1] != 0);
-}
-
-}  // namespace
+MMixerGains::MMixerGains(double theVolume, double pan) noexcept
+    : volume(theVolume),
+      isPanned(std::abs(pan) > 1e-20),
+      own{volume * (1 - std::max(pan, 0.0)), volume * (1 + std::min(pan, 0.0))},
+      cross{volume * std::max(-pan, 0.0), volume * std::max(pan, 0.0)} {}
 
 void MMixing::Scale(MAudioBuffer& buffer, double gain) noexcept {
   if (std::abs(gain - 1) < 1e-20) return;
@@ -29,7 +21,7 @@ void MMixing::Scale(MAudioBuffer& buffer, double gain) noexcept {
 }
 
 void MMixing::Apply(MAudioBuffer& buffer, const MMixerGains& gains) noexcept {
-  if (!IsPanned(buffer, gains)) return Scale(buffer, gains.own[0]);
+  if (!gains.isPanned || buffer.GetChannelCount() != 2) return Scale(buffer, gains.volume);
   float* const left = buffer.GetChannel(0);
   float* const right = buffer.GetChannel(1);
   for (int32_t i = 0; i < buffer.GetLength(); ++i) {
@@ -40,12 +32,12 @@ void MMixing::Apply(MAudioBuffer& buffer, const MMixerGains& gains) noexcept {
 }
 
 void MMixing::Add(MAudioBuffer& out, const MAudioBuffer& work, const MMixerGains& gains) noexcept {
-  const bool isPanned = IsPanned(out, gains);
+  const bool isPanned = gains.isPanned && out.GetChannelCount() == 2;
   for (int32_t c = 0; c < out.GetChannelCount(); ++c) {
     float* const to = out.GetChannel(c);
     const float* const own = work.GetChannel(c);
     const float* const other = work.GetChannel(isPanned ? 1 - c : c);
-    const double gain = gains.own[isPanned ? c : 0];
+    const double gain = isPanned ? gains.own[c] : gains.volume;
     const double cross = isPanned ? gains.cross[c] : 0;
     for (int32_t i = 0; i < out.GetLength(); ++i)
       to[i] = MLimitToFloat(to[i] + gain * own[i] + cross * other[i]);

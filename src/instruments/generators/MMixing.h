@@ -4,12 +4,14 @@
 
 #include "core/MAudioBuffer.h"
 
-// Volume and pan as a matrix. The cross terms are for stereo alone.
+// A volume and, for stereo, its matrix with a pan of -1..1; a pan within 1e-20 of 0 is none.
 struct MMixerGains {
-  double own[2];    // of the left channel, and all but the right one; of the right one
-  double cross[2];  // of the right channel to the left; of the left one to the right
-  // Volume and pan, -1..1; a pan within 1e-20 of 0 is none.
   MMixerGains(double volume, double pan) noexcept;
+
+  double volume;
+  bool isPanned;
+  double own[2];    // of the left and the right channel
+  double cross[2];  // of the right channel to the left, and of the left one to the right
 };
 
 namespace MMixing {
