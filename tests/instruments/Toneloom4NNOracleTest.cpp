@@ -25,7 +25,8 @@ int32_t WriteNumber(MXMLItem& item, const char* key, int32_t value) {
   return value;
 }
 
-// A curve over 0..1 whose inner points have places that no sample meets.
+// A curve over 0..1 whose inner points have places that no sample meets. No super-ellipses: where they rise
+// at a right angle, the rounding of a place to a float shows.
 MEnvelopeData WriteCurve(MXMLItem& item, TestRandom& random, double low, double high) {
   MEnvelopeData curve;
   curve.yMinimum = low;
@@ -37,7 +38,7 @@ MEnvelopeData WriteCurve(MXMLItem& item, TestRandom& random, double low, double 
     MEnvelopePoint point;
     point.x = i == 0 ? 0 : i > inner ? 1 : (i + random.Real(0.1, 0.9)) / (inner + 2);
     point.y = isFlat ? level : random.Real(low, high);
-    point.type = random.Below(3);
+    point.type = random.OneIn(2) ? MEnvelopeType::kMode1 : MEnvelopeType::kMode2;
     point.tension = random.Real(-0.6, 0.6);
     curve.Add(point);
   }
@@ -135,7 +136,7 @@ TEST(Toneloom4NNOracle, SoundsAsTheModelSounds) {
     toneloom.Load(state);
     Comparison found;
     Compare(toneloom, chains, channels, rate, random, found);
-    ASSERT_LT(found.distance, 1e-4 * std::max(found.peak, 1.0))
+    ASSERT_LT(found.distance, 5e-5 * std::max(found.peak, 1.0))
         << "round " << round << ", peak " << found.peak;
     loud += found.peak > 0.05;
     ended += found.ended;
