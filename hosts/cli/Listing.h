@@ -2,6 +2,7 @@
 // Plug-ins and their parameters as text for people and as JSON for scripts.
 
 #include <string>
+#include <vector>
 
 #include "hosts/bridge/Plugin.h"
 #include "hosts/bridge/PluginTable.h"
@@ -9,6 +10,8 @@
 class MResourceLibrary;
 
 namespace cli {
+
+struct NoteResult;
 
 std::string ListAsText(const bridge::PluginTable& plugins);
 std::string ListAsJson(const bridge::PluginTable& plugins);
@@ -19,6 +22,9 @@ std::string ParametersAsJson(const bridge::Plugin& plugin);
 
 // The items in the order of the index, with the sizes that it states.
 std::string ResourcesAsJson(const MResourceLibrary& library);
+
+// What became of notes: made, and ended, null where the sound did not end by itself.
+std::string NotesAsJson(const std::vector<NoteResult>& notes);
 
 // "effect" or "instrument"; "real", "integer", "enumeration" or "switch".
 const char* KindName(bridge::PluginKind kind) noexcept;

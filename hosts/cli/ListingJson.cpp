@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "hosts/cli/InstrumentRender.h"
 #include "hosts/cli/Listing.h"
 #include "resources/MResourceLibrary.h"
 
@@ -55,6 +56,13 @@ std::string ResourcesAsJson(const MResourceLibrary& library) {
   for (const MResource* const resource : library.GetResources())
     resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
   return Print({{"kind", "resources"}, {"resources", resources}});
+}
+
+std::string NotesAsJson(const std::vector<NoteResult>& notes) {
+  Json list = Json::array();
+  for (const NoteResult& note : notes)
+    list.push_back({{"made", note.isMade}, {"ended", note.ended ? Json(*note.ended) : Json()}});
+  return Print({{"notes", list}});
 }
 
 }  // namespace cli
