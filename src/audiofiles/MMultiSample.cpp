@@ -74,7 +74,7 @@ bool MMultiSample::ReadTrack(int32_t take, int32_t track, bool isHead, int32_t l
 
 void MMultiSample::Request(int32_t layer) {
   const MLocker locker(lock_);
-  if (requests_.Find(layer) >= 0) return;
+  if (layer < 0 || requests_.Find(layer) >= 0) return;
   requests_.Add(layer);
   wake_.Release();
 }
@@ -112,6 +112,7 @@ void MMultiSample::Serve(int32_t layer) {
     if (layer < static_cast<int32_t>(takes_.size())) ReadTake(layer, false, kNoLength);
     return;
   }
+  if (layer >= static_cast<int32_t>(file_.GetLayers().size())) return;
   const MMultiSampleFile::Layer& from = file_.GetLayers()[static_cast<std::size_t>(layer)];
   for (int32_t take = from.first; take <= from.last && !IsStopRequested(); ++take)
     ReadTake(take, false, kNoLength);

@@ -83,29 +83,32 @@ double LayerboxAudioStreamPlugin::GetMaximalSeconds() const noexcept {
   return seconds < kNoMaximum ? seconds : MMultiSample::kNoLimit;
 }
 
-MMultiSample* LayerboxAudioStreamPlugin::Acquire() {
-  SonvelleConfiguration* const shared = SonvelleConfiguration::Get();
-  MMultiSample* found = nullptr;
+// The old multisample is released first, so that a file which only this plug-in plays is read anew. Reading
+// is done without the lock.
+void LayerboxAudioStreamPlugin::Reload() {
+  MMultiSample* next = nullptr;
   MString path;
+  SonvelleConfiguration* const shared = SonvelleConfiguration::Get();
   {
     const MLocker locker(lock_);
-    if (!shared || fileName_.IsEmpty()) return nullptr;
-    path = JoinPath(JoinPath(shared->multiSamplePath, subpath_), fileName_);
+    std::swap(multiSample_, next);
+    if (shared && !fileName_.IsEmpty())
+      path = JoinPath(JoinPath(shared->multiSamplePath, subpath_), fileName_);
   }
+  Release(std::exchange(next, nullptr));
+  if (path.IsEmpty()) return;
   MRunGuarded("LayerboxAudioStreamPlugin::LoadState", [&] {
-    found = shared->multiSampleCache.Acquire(path, GetMaximalSeconds(), MIsOn(rows_[kSingleSample]));
+    next = shared->multiSampleCache.Acquire(path, GetMaximalSeconds(), MIsOn(rows_[kSingleSample]));
   });
-  return found;
-}
-
-void LayerboxAudioStreamPlugin::ParameterChanged(int32_t index) {
-  if (index != kMaximalLength && index != kSingleSample) return;
-  MMultiSample* next = Acquire();
   {
     const MLocker locker(lock_);
     std::swap(multiSample_, next);
   }
-  Release(next);
+  Release(next);  // of a load on another thread
+}
+
+void LayerboxAudioStreamPlugin::ParameterChanged(int32_t index) {
+  if (index == kMaximalLength || index == kSingleSample) Reload();
 }
 
 bool LayerboxAudioStreamPlugin::SaveState(MXMLItem& item) {
@@ -136,15 +139,15 @@ bool LayerboxAudioStreamPlugin::LoadState(MXMLItem& item) {
     velocity_ = std::move(velocity);
     envelope_ = std::move(envelope);
   }
-  MMultiSample* next = Acquire();
-  const int32_t before = trackCount_;
+  Reload();
+  bool isOtherCount = false;
   {
     const MLocker locker(lock_);
-    std::swap(multiSample_, next);
+    const int32_t before = trackCount_;
     LoadTracks(item);
+    isOtherCount = trackCount_ != before;
   }
-  Release(next);
-  if (trackCount_ != before) NotifyLayoutChanged();
+  if (isOtherCount) NotifyLayoutChanged();
   return false;
 }
 

@@ -56,9 +56,8 @@ class LayerboxAudioStreamPlugin final : public MAudioStreamPlugin {
   struct Note;
 
   double GetMaximalSeconds() const noexcept;
-  // The multisample of the file and the rows, one more use of it counted; null, and a report, where that
-  // fails.
-  MMultiSample* Acquire();
+  // Loads the multisample of the file and the rows, or none, with a report, where that fails.
+  void Reload();
   // These hold the lock.
   MMultiSample* Share() const;
   void LoadTracks(const MXMLItem& item);

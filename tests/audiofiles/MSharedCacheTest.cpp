@@ -80,8 +80,9 @@ TEST_F(MSharedCacheTest, TheSameLettersCountBeforeOthersWhenAFileIsGone) {
 
 TEST_F(MSharedCacheTest, FailureToLoadLeavesNothing) {
   MSharedCache cache;
-  EXPECT_RAISES(cache.Acquire("/x.wav", [](const MString&) -> MObject* { throw MException("broken", 256); }),
-                "broken", 256);
+  EXPECT_RAISES(
+      cache.Acquire("/x.wav", [](const MString&, double) -> MObject* { throw MException("broken", 256); }),
+      "broken", 256);
   EXPECT_EQ(cache.GetCount(), 0);
   EXPECT_NE(cache.Acquire("/x.wav", Load), nullptr);
 }
