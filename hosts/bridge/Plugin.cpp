@@ -82,6 +82,29 @@ void Plugin::Skip(int32_t samples) {
   Call(MService::kSkip, samples);
 }
 
+void Plugin::PrepareStreams(int32_t channels, int32_t sampleRate) {
+  Call(MService::kPrepareStreams, channels, sampleRate);
+}
+
+MWord Plugin::CreateStream(int32_t delay, double volume, double ratio) {
+  MWord stream = 0;
+  MStreamRequest request;
+  request.delay = delay;
+  request.volume = volume;
+  request.ratio = ratio;
+  request.result = &stream;
+  return Call(MService::kCreateStream, MAsWord(&request)) == 0 ? stream : 0;
+}
+
+int32_t Plugin::ComputeStream(MWord& stream, float* const* out, int32_t samples) {
+  const MFlushDenormals flush;
+  return static_cast<int32_t>(Call(MService::kComputeStream, MAsWord(out), samples, MAsWord(&stream)));
+}
+
+void Plugin::CloseStream(MWord& stream) {
+  Call(MService::kCloseStream, MAsWord(&stream));
+}
+
 MWord Plugin::Call(int32_t service, MWord a, MWord b, MWord c) {
   MServiceArguments arguments(a, b, c);
   return entryPoint_(instance_, service, &arguments);

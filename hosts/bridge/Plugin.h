@@ -48,6 +48,15 @@ class Plugin {
   // `samples` of time pass without a block. [audio]
   void Skip(int32_t samples);
 
+  // An instrument's: the format of all later streams. [host]
+  void PrepareStreams(int32_t channels, int32_t sampleRate);
+  // A stream for a note that begins `delay` samples from now, null if it has none. Allocates. [audio]
+  MWord CreateStream(int32_t delay, double volume, double ratio);
+  // The stream's next block, one of MStreamResult. Denormals are flushed. [audio]
+  int32_t ComputeStream(MWord& stream, float* const* out, int32_t samples);
+  // Ends a stream; null is none. [audio]
+  void CloseStream(MWord& stream);
+
  private:
   MWord Call(int32_t service, MWord a = 0, MWord b = 0, MWord c = 0);
   void Destroy() noexcept;

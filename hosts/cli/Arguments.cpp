@@ -25,6 +25,7 @@ struct Parser {
   void AddList();
   void AddParams();
   void AddRender();
+  void AddNotes(CLI::App& render);
   void AddState();
   void AddInfo();
   void AddRegister();
@@ -39,6 +40,9 @@ struct Parser {
   InfoArguments info_;
   std::string block_ = "512";
   std::string tail_ = "0";
+  std::vector<std::string> notes_;
+  std::string rate_;
+  std::string channels_;
   std::string helpCommand_;
   bool helpAsManPage_ = false;
 };
@@ -75,6 +79,15 @@ void AddValues(CLI::App& command, std::optional<std::string>& state, std::vector
       ->type_name("KEY=VALUE");
 }
 
+// The sound of an instrument that plays a file.
+void AddSample(CLI::App& command, std::optional<std::string>& sample) {
+  command
+      .add_option("--sample", sample,
+                  "Let an instrument import a sound file (WAV, MPEG audio, ZSD), which is copied below the "
+                  "folder of samples unless it lies there.")
+      ->type_name("FILE");
+}
+
 Parser::Parser() {
   app_.set_help_flag("-h,--help", "Print this help.");
   app_.set_version_flag("--version", "sonvelle " SONVELLE_VERSION, "Print the version.");
@@ -107,29 +120,69 @@ void Parser::AddParams() {
 
 void Parser::AddRender() {
   CLI::App& render = *app_.add_subcommand(
-      "render", "Send a sound file through an effect into a 32-bit float WAV file of its channels and rate.");
-  AddName(render, "EFFECT", render_.effect, "Effect, by its exact name in \"sonvelle list\".");
-  AddName(render, "IN", render_.input, "Sound file to read, of any format that libsndfile knows.");
-  AddName(render, "OUT.wav", render_.output, "File to write; it is complete or not there.");
+      "render",
+      "Send a sound file through an effect, or play an instrument, into a 32-bit float WAV file. An effect's "
+      "output has the channels and the rate of its input.");
+  AddName(render, "NAME", render_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
+  render
+      .add_option("FILES", render_.files,
+                  "Of an effect the sound file to read, of any format that libsndfile knows, and the file to "
+                  "write; of an instrument the file to write. It is complete or not there.")
+      ->required()
+      ->expected(1, 2)
+      ->type_name("[IN] OUT.wav");
   AddValues(render, render_.state, render_.settings);
   render
       .add_option("--block", block_,
-                  "Frames that the effect gets at a time, 1 to " + std::to_string(kMaximumBlockFrames) +
+                  "Frames that the plug-in gets at a time, 1 to " + std::to_string(kMaximumBlockFrames) +
                       ". Default: 512.")
       ->type_name("FRAMES");
   render
       .add_option("--tail", tail_,
-                  "What to render behind the input's end: seconds, 0 to " + NumberText(kMaximumTailSeconds) +
-                      ", or \"auto\": until the effect is silent, " +
+                  "What to render behind the input's or the last note's end: seconds, 0 to " +
+                      NumberText(kMaximumTailSeconds) + ", or \"auto\": until the effect is silent, " +
                       std::to_string(kMaximumAutomaticTailSeconds) + " seconds at most. Default: 0.")
       ->type_name("SECONDS|auto");
+  AddNotes(render);
   render.footer(std::string(kDashes) + "\n" + ExitCodes());
+}
+
+void Parser::AddNotes(CLI::App& render) {
+  AddSample(render, render_.sample);
+  render
+      .add_option(
+          "--note", notes_,
+          "Let an instrument play a note: key (60 is the sound's own pitch), linear volume, start and "
+          "length in seconds. Repeat it for more notes. Prints JSON: made, and ended, the frame "
+          "behind the block in which the sound ended by itself.")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->take_all()
+      ->type_name("KEY:VEL:START:LEN");
+  render
+      .add_option(
+          "--midi", render_.midi,
+          "Let an instrument play a MIDI file, with all its channels and the sustain pedal; the volume is "
+          "the velocity / 127. Prints the same JSON.")
+      ->type_name("FILE.mid");
+  render.add_flag("--one-shot", render_.isOneShot, "Let the notes of the MIDI file ring out.");
+  render
+      .add_option("--rate", rate_,
+                  "Sample rate of an instrument's output in hertz, 1 to " +
+                      std::to_string(kMaximumSampleRate) + ". Default: 44100.")
+      ->type_name("HERTZ");
+  render
+      .add_option(
+          "--channels", channels_,
+          "Channels of an instrument's output, 1 to " + std::to_string(kMaximumChannels) + ". Default: 2.")
+      ->type_name("COUNT");
 }
 
 void Parser::AddState() {
   CLI::App& state = *app_.add_subcommand("state", "Print the state that a plug-in would save, as XML.");
   AddName(state, "NAME", state_.plugin, "Plug-in, by its exact name in \"sonvelle list\".");
   AddValues(state, state_.state, state_.settings);
+  AddSample(state, state_.sample);
   state.footer(
       "The root \"state\" has the attribute \"plugin\", the plug-in's name. \"--state\" refuses a state of "
       "another plug-in.");
@@ -195,12 +248,34 @@ std::string Parser::GetManPage() {
   return MakeManPage(app_.get_description(), commands);
 }
 
-int32_t ParseBlock(const std::string& text) {
-  const std::optional<double> frames = ParseNumber(text);
-  if (!frames || *frames != std::floor(*frames) || *frames < 1 || *frames > kMaximumBlockFrames)
-    throw Failure(ExitCode::kUsage, "--block: \"" + text + "\" is not a whole number from 1 to " +
-                                        std::to_string(kMaximumBlockFrames));
-  return static_cast<int32_t>(*frames);
+int32_t ParseCount(const char* option, const std::string& text, int32_t most) {
+  const std::optional<double> count = ParseNumber(text);
+  if (!count || *count != std::floor(*count) || *count < 1 || *count > most)
+    throw Failure(ExitCode::kUsage, std::string(option) + ": \"" + text +
+                                        "\" is not a whole number from 1 to " + std::to_string(most));
+  return static_cast<int32_t>(*count);
+}
+
+NoteRequest ParseNote(const std::string& text) {
+  std::vector<double> numbers;
+  for (std::size_t begin = 0; begin <= text.size();) {
+    const std::size_t end = std::min(text.find(':', begin), text.size());
+    const std::optional<double> number = ParseNumber(std::string_view(text).substr(begin, end - begin));
+    if (!number) break;
+    numbers.push_back(*number);
+    begin = end + 1;
+  }
+  const auto colons = static_cast<std::size_t>(std::count(text.begin(), text.end(), ':'));
+  if (numbers.size() != 4 || colons != 3)
+    throw Failure(ExitCode::kUsage, "--note: \"" + text + "\" is not KEY:VEL:START:LEN, four numbers");
+  const double key = numbers[0], start = numbers[2], length = numbers[3];
+  if (key != std::floor(key) || std::abs(key) > kMaximumKey)
+    throw Failure(ExitCode::kUsage, "--note: the key of \"" + text + "\" is not a whole number from " +
+                                        std::to_string(-kMaximumKey) + " to " + std::to_string(kMaximumKey));
+  if (!(start >= 0 && start <= kMaximumNoteSeconds && length >= 0 && length <= kMaximumNoteSeconds))
+    throw Failure(ExitCode::kUsage, "--note: start and length of \"" + text + "\" are not from 0 to " +
+                                        NumberText(kMaximumNoteSeconds) + " seconds");
+  return {static_cast<int32_t>(key), numbers[1], start, length};
 }
 
 std::optional<double> ParseTail(const std::string& text) {
@@ -222,8 +297,11 @@ Arguments Parser::GetResult() {
     Parser fresh;
     return PrintArguments{helpAsManPage_ ? fresh.GetManPage() : fresh.GetHelp(helpCommand_)};
   }
-  render_.blockFrames = ParseBlock(block_);
+  render_.blockFrames = ParseCount("--block", block_, kMaximumBlockFrames);
   render_.tailSeconds = ParseTail(tail_);
+  for (const std::string& note : notes_) render_.notes.push_back(ParseNote(note));
+  if (!rate_.empty()) render_.sampleRate = ParseCount("--rate", rate_, kMaximumSampleRate);
+  if (!channels_.empty()) render_.channels = ParseCount("--channels", channels_, kMaximumChannels);
   return render_;
 }
 

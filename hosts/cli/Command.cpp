@@ -1,7 +1,6 @@
 #include "hosts/cli/Command.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdio>
 #include <new>
 #include <vector>
@@ -11,7 +10,9 @@
 #include "hosts/cli/Arguments.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Info.h"
+#include "hosts/cli/InstrumentCommand.h"
 #include "hosts/cli/Listing.h"
+#include "hosts/cli/Print.h"
 #include "hosts/cli/RenderCommand.h"
 #include "hosts/cli/Settings.h"
 #include "hosts/cli/State.h"
@@ -21,12 +22,6 @@
 namespace cli {
 
 namespace {
-
-void Print(const std::string& text) {
-  errno = 0;
-  if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
-    throw Failure(ExitCode::kOutput, "standard output: " + ErrorText(errno));
-}
 
 // Beside the program as it is built, else where it is installed.
 std::filesystem::path FindLibrary() {
@@ -69,7 +64,7 @@ struct Run {
     Print(arguments.json ? ParametersAsJson(plugin) : ParametersAsText(plugin));
   }
   void operator()(const RenderArguments& arguments) const {
-    Render(RequirePlugin(plugins, arguments.effect), arguments);
+    Render(RequirePlugin(plugins, arguments.plugin), arguments);
   }
   void operator()(const StateArguments& arguments) const {
     bridge::Plugin plugin(RequirePlugin(plugins, arguments.plugin).entryPoint);
@@ -80,6 +75,7 @@ struct Run {
       plugin.LoadState(state);
     }
     for (const Setting& setting : settings) plugin.SetValue(setting.index, setting.value);
+    if (arguments.sample) ImportSample(plugin, arguments.plugin, *arguments.sample);
     Print(GetStateText(plugin, arguments.plugin));
   }
   void operator()(const RegisterArguments&) const {

@@ -2,6 +2,7 @@
 // Plug-ins and their parameters as text for people and as JSON for scripts.
 
 #include <string>
+#include <vector>
 
 #include "hosts/bridge/Plugin.h"
 #include "hosts/bridge/PluginTable.h"
@@ -10,6 +11,8 @@ class MAudioBuffer;
 class MResourceLibrary;
 
 namespace cli {
+
+struct NoteResult;
 
 std::string ListAsText(const bridge::PluginTable& plugins);
 std::string ListAsJson(const bridge::PluginTable& plugins);
@@ -23,6 +26,9 @@ std::string ResourcesAsJson(const MResourceLibrary& library);
 
 // "peak" is the greatest magnitude of all samples, those that are no number left out; null for infinity.
 std::string SampleAsJson(const MAudioBuffer& sample);
+
+// What became of notes: made, and ended, null where the sound did not end by itself.
+std::string NotesAsJson(const std::vector<NoteResult>& notes);
 
 // "effect" or "instrument"; "real", "integer", "enumeration" or "switch".
 const char* KindName(bridge::PluginKind kind) noexcept;

@@ -2,6 +2,7 @@
 #include <nlohmann/json.hpp>
 
 #include "core/MAudioBuffer.h"
+#include "hosts/cli/InstrumentRender.h"
 #include "hosts/cli/Listing.h"
 #include "resources/MResourceLibrary.h"
 
@@ -76,6 +77,13 @@ std::string SampleAsJson(const MAudioBuffer& sample) {
                 {"length", sample.GetLength()},
                 {"bits", sample.bitDepth},
                 {"peak", GetPeak(sample)}});
+}
+
+std::string NotesAsJson(const std::vector<NoteResult>& notes) {
+  Json list = Json::array();
+  for (const NoteResult& note : notes)
+    list.push_back({{"made", note.isMade}, {"ended", note.ended ? Json(*note.ended) : Json()}});
+  return Print({{"notes", list}});
 }
 
 }  // namespace cli

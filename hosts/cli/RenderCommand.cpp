@@ -2,15 +2,14 @@
 
 #include <bit>
 #include <cmath>
-#include <cstdio>
 
 #include "hosts/cli/EffectRender.h"
 #include "hosts/cli/Failure.h"
+#include "hosts/cli/InstrumentCommand.h"
 #include "hosts/cli/Progress.h"
 #include "hosts/cli/Settings.h"
 #include "hosts/cli/State.h"
-#include "hosts/cli/System.h"
-#include "hosts/cli/Words.h"
+#include "hosts/cli/Warnings.h"
 
 namespace cli {
 
@@ -25,18 +24,10 @@ EffectRender::Format MakeFormat(const AudioFormat& audio, const RenderArguments&
 
 void WarnOf(const EffectRender::Levels& levels, const std::string& path) {
   const float peak = std::bit_cast<float>(levels.output);
-  std::string text;
-  char decibels[32];
-  std::snprintf(decibels, sizeof decibels, "%+.1f dB", 20 * std::log10(static_cast<double>(peak)));
-  if (!std::isfinite(peak))
-    text = "the output contains values that are not finite";
-  else if (peak > 1)
-    text = "the output exceeds full scale, its peak is at " + std::string(decibels);
-  else if (peak == 0 && levels.input != 0)
-    text = "the output is nothing but silence, but the input is not";
+  if (peak == 0 && levels.input != 0)
+    Warn(path + ": the output is nothing but silence, but the input is not");
   else
-    return;
-  std::fputs(("sonvelle: warning: " + OneLine(path) + ": " + text + "\n").c_str(), stderr);
+    WarnOfPeak(peak, path);
 }
 
 std::optional<int64_t> Add(std::optional<int64_t> frames, int64_t more) {
@@ -46,9 +37,9 @@ std::optional<int64_t> Add(std::optional<int64_t> frames, int64_t more) {
 // `state` is null for none.
 EffectRender::Levels RenderFile(bridge::Plugin& effect, MXMLItem* state, const std::vector<Setting>& settings,
                                 const RenderArguments& arguments) {
-  AudioReader reader(arguments.input);
+  AudioReader reader(arguments.files[0]);
   const EffectRender::Format format = MakeFormat(reader.GetFormat(), arguments);
-  OutputFile output(arguments.output);
+  OutputFile output(arguments.files[1]);
   AudioWriter writer(output, format.audio,
                      Add(reader.GetFrames(), format.tailFrames.value_or(format.mostTailFrames)));
   effect.Prepare(format.audio.channels, format.audio.sampleRate);
@@ -69,19 +60,31 @@ EffectRender::Levels RenderFile(bridge::Plugin& effect, MXMLItem* state, const s
   return render.GetLevels();
 }
 
+void RenderEffect(const bridge::PluginType& type, const RenderArguments& arguments) {
+  if (arguments.files.size() != 2)
+    throw Failure(ExitCode::kUsage, arguments.plugin + " is an effect: it wants IN and OUT.wav");
+  if (!arguments.notes.empty() || arguments.midi || arguments.sample || arguments.isOneShot ||
+      arguments.sampleRate || arguments.channels)
+    throw Failure(ExitCode::kUsage, arguments.plugin +
+                                        " is an effect: --note, --midi, --one-shot, --sample, " +
+                                        "--rate and --channels are for instruments");
+  const std::string& output = arguments.files[1];
+  for (const std::string& source : {arguments.files[0], arguments.state.value_or("")})
+    RequireOther(source, output);
+  bridge::Plugin effect(type.entryPoint);
+  const std::vector<Setting> settings = ReadSettings(effect, arguments.plugin, arguments.settings);
+  MXMLItem state;
+  if (arguments.state) ReadState(*arguments.state, arguments.plugin, state);
+  WarnOf(RenderFile(effect, arguments.state ? &state : nullptr, settings, arguments), output);
+}
+
 }  // namespace
 
 void Render(const bridge::PluginType& type, const RenderArguments& arguments) {
-  if (type.kind != bridge::PluginKind::kEffect)
-    throw Failure(ExitCode::kUsage, arguments.effect + " is no effect");
-  for (const std::string& source : {arguments.input, arguments.state.value_or("")})
-    if (IsSameFile(source, arguments.output))
-      throw Failure(ExitCode::kUsage, source + " and " + arguments.output + " are the same file");
-  bridge::Plugin effect(type.entryPoint);
-  const std::vector<Setting> settings = ReadSettings(effect, arguments.effect, arguments.settings);
-  MXMLItem state;
-  if (arguments.state) ReadState(*arguments.state, arguments.effect, state);
-  WarnOf(RenderFile(effect, arguments.state ? &state : nullptr, settings, arguments), arguments.output);
+  if (type.kind == bridge::PluginKind::kEffect)
+    RenderEffect(type, arguments);
+  else
+    RenderInstrument(type, arguments);
 }
 
 }  // namespace cli

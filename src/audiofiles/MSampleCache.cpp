@@ -6,7 +6,7 @@
 
 namespace {
 
-MObject* Load(const MString& path) {
+MObject* Load(const MString& path, double) {
   auto sample = std::make_unique<MAudioBuffer>();
   LoadSamples(*sample, path);
   return sample.release();

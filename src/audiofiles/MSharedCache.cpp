@@ -1,5 +1,6 @@
 #include "audiofiles/MSharedCache.h"
 
+#include <cmath>
 #include <memory>
 
 #include "core/MTranslate.h"
@@ -11,9 +12,10 @@ MSharedCache::~MSharedCache() {
   }
 }
 
-MSharedCache::Entry* MSharedCache::Find(const MString& path) {
+MSharedCache::Entry* MSharedCache::Find(const MString& path, double variant) {
   Entry* alike = nullptr;
   for (Entry* entry : entries_) {
+    if (std::abs(entry->variant - variant) >= 1e-50) continue;
     if (entry->path == path) return entry;
     if (!alike && entry->path.Compare(path) == 0 && !AreDifferentFiles(entry->path, path)) alike = entry;
   }
@@ -23,24 +25,24 @@ MSharedCache::Entry* MSharedCache::Find(const MString& path) {
 MSharedCache::Entry& MSharedCache::Find(const MObject* item) {
   for (Entry* entry : entries_)
     if (entry->item == item) return *entry;
-  throw MException(Translate("Invalid sample to release."));
+  throw MException(Translate(MString::Literal(unknown_)));
 }
 
-MObject* MSharedCache::Acquire(const MString& path, Loader* load) {
+MObject* MSharedCache::Acquire(const MString& path, Loader* load, double variant) {
   {
     const MLocker locked(lock_);
-    if (Entry* const entry = Find(path)) {
+    if (Entry* const entry = Find(path, variant)) {
       ++entry->uses;
       return entry->item;
     }
   }
-  std::unique_ptr<MObject> loaded(load(path));
+  std::unique_ptr<MObject> loaded(load(path, variant));
   const MLocker locked(lock_);
-  if (Entry* const entry = Find(path)) {  // another thread was faster
+  if (Entry* const entry = Find(path, variant)) {  // another thread was faster
     ++entry->uses;
     return entry->item;
   }
-  std::unique_ptr<Entry> entry(new Entry{path, 1, loaded.get()});
+  std::unique_ptr<Entry> entry(new Entry{path, variant, 1, loaded.get()});
   entries_.Add(entry.get());
   entry.release();
   return loaded.release();

@@ -14,10 +14,11 @@ float* MAudioBuffer::NewChannel(int32_t capacity) {
 
 void MAudioBuffer::Free() noexcept {
   for (float*& channel : channels_) {
-    if (channel) MRelease(channel - 1);
+    if (channel && !isView_) MRelease(channel - 1);
     channel = nullptr;
   }
   channelCount_ = length_ = capacity_ = 0;
+  isView_ = false;
 }
 
 void MAudioBuffer::SetGuards() noexcept {
@@ -27,7 +28,7 @@ void MAudioBuffer::SetGuards() noexcept {
 void MAudioBuffer::SetSize(int32_t channels, int32_t length, int32_t capacity) {
   channels = std::clamp(channels, 0, kMaximumChannels);
   length = std::max(length, 0);
-  if (channels == channelCount_ && length == length_) return Reserve(capacity);
+  if (channels == channelCount_ && length == length_ && !isView_) return Reserve(capacity);
   Free();
   capacity = std::max(capacity, length);
   try {
@@ -43,7 +44,20 @@ void MAudioBuffer::SetSize(int32_t channels, int32_t length, int32_t capacity) {
   SetGuards();
 }
 
+void MAudioBuffer::SetView(float* const* channels, int32_t count, int32_t length) noexcept {
+  Free();
+  isView_ = true;
+  channelCount_ = std::clamp(count, 0, kMaximumChannels);
+  length_ = capacity_ = std::max(length, 0);
+  std::copy_n(channels, channelCount_, channels_);
+}
+
+void MAudioBuffer::Detach() noexcept {
+  if (isView_) Free();
+}
+
 void MAudioBuffer::Reserve(int32_t capacity) {
+  if (isView_) MThrowNotImplemented("MAudioBuffer::Reserve");
   if (capacity <= capacity_) return;
   float* grown[kMaximumChannels] = {};
   try {

@@ -3,6 +3,10 @@
 
 // Samples of up to eight channels in 32-bit float, one block of memory per channel, with a zero guard sample
 // in front and behind. Lengths are in samples. Memory that cannot be had raises "Out of memory."
+//
+// A buffer may be a view of samples that somebody else owns, for as long as they live: it has no guards, and
+// is never resized (that raises "Service "MAudioBuffer::Reserve" is not implemented."). SetSize and Detach
+// end the view.
 class MAudioBuffer final : public MObject {
  public:
   static constexpr int32_t kMaximumChannels = 8;
@@ -32,6 +36,11 @@ class MAudioBuffer final : public MObject {
   void SetSize(int32_t channels, int32_t length, int32_t capacity = 0);
   // Makes room for `capacity` samples a channel and keeps what is there. On a failure nothing changes.
   void Reserve(int32_t capacity);
+  // Becomes a view of `length` samples of each of the channels, of which eight are taken. Allocates nothing;
+  // frees what the buffer had. [audio]
+  void SetView(float* const* channels, int32_t count, int32_t length) noexcept;
+  // Ends a view: the buffer is empty. One that has its own samples stays as it is. [audio]
+  void Detach() noexcept;
   // Changes the length and keeps the samples that fit; with `clear` new samples are zero, without it
   // undefined. A length within the capacity needs no memory; length 0 frees the buffer. On a failure nothing
   // changes.
@@ -58,5 +67,6 @@ class MAudioBuffer final : public MObject {
   int32_t channelCount_ = 0;
   int32_t length_ = 0;
   int32_t capacity_ = 0;
+  bool isView_ = false;
   float* channels_[kMaximumChannels] = {};
 };

@@ -9,6 +9,9 @@ bool FolderExists(const MString& path);
 // Whether there is anything of that name, or a link to it.
 bool FileExists(const MString& path);
 
+// The number of the volume that a path lies on; false if it cannot be had.
+bool GetVolumeNumber(const MString& path, uint64_t& number);
+
 // Makes all folders of the path that are missing, from left to right. What exists is skipped, and so is the
 // whole of an empty path. Raises "Could not create path "{0}"."; what was made until then stays.
 void CreatePath(const MString& path);

@@ -53,6 +53,13 @@ bool FolderExists(const MString& path) {
   return stat(MEncodePath(path).GetText(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+bool GetVolumeNumber(const MString& path, uint64_t& number) {
+  struct stat info;
+  if (stat(MEncodePath(path).GetText(), &info) != 0) return false;
+  number = info.st_dev;
+  return true;
+}
+
 bool FileExists(const MString& path) {
   struct stat info;
   return stat(MEncodePath(path).GetText(), &info) == 0;

@@ -5,29 +5,16 @@
 
 #include "core/MFlushDenormals.h"
 
-namespace {
-
-// A number of the host's as 32 bits, limited to what they hold.
-int32_t AsNumber(MWord word) {
-  return static_cast<int32_t>(std::clamp<MWord>(word, INT32_MIN, INT32_MAX));
-}
-
-bool AreAllThere(float** buffers, int32_t channels) {
-  if (channels == 0) return true;
-  return buffers && std::find(buffers, buffers + channels, nullptr) == buffers + channels;
-}
-
-}  // namespace
-
 MWord MAudioEffectPlugin::Service(int32_t service, MServiceArguments* arguments) {
   const auto word = [arguments](int32_t index) { return GetWord(arguments, index); };
+  const auto number = [arguments](int32_t index) { return GetNumber(arguments, index); };
   switch (service) {
     case MService::kPrepare:
-      return Prepare(AsNumber(word(0)), AsNumber(word(1)));
+      return Prepare(number(0), number(1));
     case MService::kProcess: {
       float** const in = MAsAddress<float*>(word(0));
       float** const out = MAsAddress<float*>(word(1));
-      const int32_t samples = std::max(AsNumber(word(2)), 0);
+      const int32_t samples = std::max(number(2), 0);
       if (samples > 0 && (!AreAllThere(in, channels_) || !AreAllThere(out, channels_))) return 0;
       const MFlushDenormals flush;
       Process(in, out, samples);
@@ -39,7 +26,7 @@ MWord MAudioEffectPlugin::Service(int32_t service, MServiceArguments* arguments)
       return GetLatency();
     case MService::kSkip: {
       const MFlushDenormals flush;
-      Skip(std::max(AsNumber(word(0)), 0));
+      Skip(std::max(number(0), 0));
       return 0;
     }
     default:

@@ -12,6 +12,10 @@
 // blocks. The services for audio may be called on an audio thread: they do not wait, and they allocate only
 // where the plug-in's page says so.
 //
+// Order of calls on an instrument: kPrepareStreams first; then, per note, kCreateStream, which allocates, any
+// number of kComputeStream, and kCloseStream once. Any number of streams sound at a time. The host closes
+// them all before kDestroy.
+//
 // The two sides share the fields of these records, `core`, compiler and standard library. Texts in a record
 // point into the library: a host copies what it keeps beyond the library's life. A host's allocator table
 // (core/MMemory.h) must accept blocks of the C heap, and it, like the event lock, must outlive the library.
@@ -43,7 +47,21 @@ constexpr int32_t kProcess = 101;     // a: float** in, b: float** out (may be t
 constexpr int32_t kIsSilent = 102;    // 1 nothing is left in the effect's memory, 0 it still sounds
 constexpr int32_t kGetLatency = 103;  // samples by which the effect delays the signal
 constexpr int32_t kSkip = 104;        // a: samples of time that pass without a block
+// Instruments.
+constexpr int32_t kPrepareStreams = 200;  // a: channels, b: sample rate in hertz
+constexpr int32_t kCreateStream = 201;    // a: MStreamRequest*; 0 made, 1 not made
+constexpr int32_t kComputeStream = 202;   // a: float** out, b: samples, c: MWord* of the handle
+constexpr int32_t kStreamQuery = 203;     // a, b: unused so far; returns 0
+constexpr int32_t kCloseStream = 204;     // a: MWord* with the handle, which becomes 0
+constexpr int32_t kCollectFiles = 205;    // a: MCollectedFiles* that gets the files of the state
 }  // namespace MService
+
+// What kComputeStream returns of a block.
+namespace MStreamResult {
+constexpr int32_t kSounds = 0;
+constexpr int32_t kEnded = 1;       // the rest of the block is 0; so are all later blocks
+constexpr int32_t kNotStarted = 2;  // nothing was written: the block is silent
+}  // namespace MStreamResult
 
 // Codes of calls from a plug-in to its host; the arguments are empty.
 namespace MHostCode {
@@ -112,6 +130,23 @@ struct MPluginEditorRow {
   MString name;
   int32_t available = 1;
   MWord* editor = nullptr;  // the word that holds the open window, 0 while none is open
+};
+
+// A note: service kCreateStream makes a stream of it.
+struct alignas(8) MStreamRequest {
+  int32_t delay = 0;  // samples of silence in front of the note
+  uint8_t reserved[28] = {};
+  double volume = 1;        // linear gain
+  double ratio = 1;         // frequency of the note against the root of the sound
+  MWord* result = nullptr;  // gets the handle, if there is a stream
+};
+
+// The full paths of the files that a state needs.
+struct MCollectedFiles {
+  static constexpr int32_t kMost = 256;
+
+  int32_t count = 0;
+  MString path[kMost];
 };
 
 // What service kPublicBlock hands out, read by the host in place.

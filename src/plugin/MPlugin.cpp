@@ -7,6 +7,15 @@ MWord MPlugin::GetWord(const MServiceArguments* arguments, int32_t index) noexce
   return arguments ? arguments->slot[index].value : 0;
 }
 
+int32_t MPlugin::GetNumber(const MServiceArguments* arguments, int32_t index) noexcept {
+  return static_cast<int32_t>(std::clamp<MWord>(GetWord(arguments, index), INT32_MIN, INT32_MAX));
+}
+
+bool MPlugin::AreAllThere(float** buffers, int32_t channels) noexcept {
+  if (channels == 0) return true;
+  return buffers && std::find(buffers, buffers + channels, nullptr) == buffers + channels;
+}
+
 MWord MPlugin::Service(int32_t service, MServiceArguments* arguments) {
   // Only the services that have arguments look at the record.
   const auto word = [arguments](int32_t index) { return GetWord(arguments, index); };

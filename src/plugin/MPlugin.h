@@ -47,6 +47,10 @@ class MPlugin : public MEventTarget {
  protected:
   // The value of a slot; a null record reads as zeros. [any]
   static MWord GetWord(const MServiceArguments* arguments, int32_t index) noexcept;
+  // The same, limited to what 32 bits hold. [any]
+  static int32_t GetNumber(const MServiceArguments* arguments, int32_t index) noexcept;
+  // Whether the host gave an address for each channel. [any]
+  static bool AreAllThere(float** buffers, int32_t channels) noexcept;
 
   // Calls the host, if it is attached, with empty arguments. [any]
   MWord NotifyHost(int32_t code);

@@ -1,5 +1,7 @@
 #pragma once
+#include "audiofiles/MMultiSampleCache.h"
 #include "audiofiles/MSampleCache.h"
+#include "audiofiles/MSubSampleLibrary.h"
 #include "core/MFileList.h"
 #include "core/MXMLItem.h"
 
@@ -36,8 +38,12 @@ class SonvelleConfiguration {
   MFileTree subSampleLibraryFiles;
   MFileTree multiSampleFiles;
   MSampleCache sampleCache;
+<<<<<<< HEAD
   MSharedCache multiSampleCache;
   MSharedCache subSampleCache;
+=======
+  MMultiSampleCache multiSampleCache;
+  MSubSampleLibraryCache subSampleCache;
 
  private:
   void Save();

@@ -20,7 +20,7 @@ class Item : public MObject {
   static inline std::atomic<int> made, destroyed;
 };
 
-MObject* Load(const MString& path) {
+MObject* Load(const MString& path, double) {
   return new Item(path);
 }
 
@@ -80,8 +80,9 @@ TEST_F(MSharedCacheTest, TheSameLettersCountBeforeOthersWhenAFileIsGone) {
 
 TEST_F(MSharedCacheTest, FailureToLoadLeavesNothing) {
   MSharedCache cache;
-  EXPECT_RAISES(cache.Acquire("/x.wav", [](const MString&) -> MObject* { throw MException("broken", 256); }),
-                "broken", 256);
+  EXPECT_RAISES(
+      cache.Acquire("/x.wav", [](const MString&, double) -> MObject* { throw MException("broken", 256); }),
+      "broken", 256);
   EXPECT_EQ(cache.GetCount(), 0);
   EXPECT_NE(cache.Acquire("/x.wav", Load), nullptr);
 }

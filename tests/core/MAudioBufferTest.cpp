@@ -291,4 +291,47 @@ TEST(MAudioBuffer, NaNIsNotAboveTheThresholdAndInfinityIs) {
   EXPECT_FALSE(buffer.IsAllBelow(1e300));
 }
 
+TEST(MAudioBuffer, ViewShowsForeignSamplesAndTouchesNothingAroundThem) {
+  float left[] = {9, 1, 2, 3, 9};
+  float right[] = {9, 4, 5, 6, 9};
+  float* const channels[] = {left + 1, right + 1};
+  MAudioBuffer buffer;
+  FillByNumber(buffer, 3, 50);
+  buffer.SetView(channels, 2, 3);
+  ASSERT_EQ(buffer.GetChannelCount(), 2);
+  EXPECT_EQ(Samples(buffer, 1), (Floats{4, 5, 6}));
+  buffer.Rotate(1);
+  EXPECT_EQ(Floats(left, left + 5), (Floats{9, 3, 1, 2, 9}));
+  buffer.Clear();
+  EXPECT_EQ(Floats(right, right + 5), (Floats{9, 0, 0, 0, 9}));
+}
+
+TEST(MAudioBuffer, ViewIsNotResizedAndEndsWithoutATrace) {
+  float samples[] = {1, 2, 3};
+  float* const channels[] = {samples};
+  MAudioBuffer buffer;
+  buffer.SetView(channels, 1, 3);
+  EXPECT_RAISES(buffer.Resize(2, true), "Service \"MAudioBuffer::Reserve\" is not implemented.",
+                MErrorCode::kNotImplemented);
+  buffer.Detach();
+  EXPECT_EQ(buffer.GetChannelCount(), 0);
+  buffer.SetView(channels, 1, 3);
+  buffer.SetSize(1, 3);
+  buffer.GetChannel(0)[0] = 7;
+  buffer.Detach();
+  EXPECT_EQ(Samples(buffer), (Floats{7, 0, 0}));
+  EXPECT_EQ(samples[0], 1);
+}
+
+TEST(MAudioBuffer, ViewTakesEightChannels) {
+  float sample = 1;
+  float* const channels[] = {&sample, &sample, &sample, &sample, &sample, &sample, &sample, &sample, nullptr};
+  MAudioBuffer buffer;
+  buffer.SetView(channels, 9, 1);
+  EXPECT_EQ(buffer.GetChannelCount(), 8);
+  buffer.SetView(channels, -1, -1);
+  EXPECT_EQ(buffer.GetChannelCount(), 0);
+  EXPECT_EQ(buffer.GetLength(), 0);
+}
+
 }  // namespace

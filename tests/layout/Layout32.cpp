@@ -120,4 +120,18 @@ EXPECT_WIDTH(MModule, reserved, 4);
 EXPECT_WIDTH(MModule, serviceCount, 4);
 #pragma GCC diagnostic pop
 
+EXPECT_SIZE(MStreamRequest, 56, 56);
+EXPECT_AT(MStreamRequest, delay, 0, 0);
+EXPECT_AT(MStreamRequest, reserved, 4, 4);
+EXPECT_AT(MStreamRequest, volume, 32, 32);
+EXPECT_AT(MStreamRequest, ratio, 40, 40);
+EXPECT_AT(MStreamRequest, result, 48, 48);
+EXPECT_WIDTH(MStreamRequest, delay, 4);
+EXPECT_WIDTH(MStreamRequest, reserved, 28);
+
+EXPECT_SIZE(MCollectedFiles, 4 + 256 * 12, 8 + 256 * 16);
+EXPECT_AT(MCollectedFiles, count, 0, 0);
+EXPECT_AT(MCollectedFiles, path, 4, 8);
+EXPECT_WIDTH(MCollectedFiles, count, 4);
+
 }  // namespace

@@ -1,0 +1,145 @@
+#include "hosts/bridge/Voices.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace bridge {
+
+namespace {
+
+constexpr double kGiveWaySeconds = 0.005;
+
+}  // namespace
+
+void Voices::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
+  Cut();
+  channels_ = channels;
+  sampleRate_ = sampleRate;
+  samples_.assign(static_cast<std::size_t>(channels) * static_cast<std::size_t>(mostFrames), 0.0f);
+  block_.resize(static_cast<std::size_t>(channels));
+  for (std::size_t c = 0; c < block_.size(); ++c)
+    block_[c] = samples_.data() + c * static_cast<std::size_t>(mostFrames);
+  isPedalDown_ = {};
+  instrument_.PrepareStreams(channels, sampleRate);
+}
+
+int64_t Voices::Press(int32_t channel, int32_t key, double volume) {
+  MakeRoom();
+  Voice voice;
+  voice.stream = instrument_.CreateStream(0, volume, std::exp2((key - kRootKey) / 12.0));
+  if (voice.stream == 0) return -1;
+  voice.state = State::kPressed;
+  voice.number = nextNumber_++;
+  voice.channel = channel;
+  voice.key = key;
+  voice.level = 1;  // not heard yet: others give way first
+  FindPlace() = voice;
+  return voice.number;
+}
+
+// One of the sounding voices begins to fade where there are as many as may be.
+void Voices::MakeRoom() {
+  Voice* quietest = nullptr;
+  int32_t sounding = 0;
+  for (Voice& voice : voices_) {
+    if (!IsSounding(voice)) continue;
+    ++sounding;
+    if (!quietest || voice.level < quietest->level ||
+        (voice.level == quietest->level && voice.number < quietest->number))
+      quietest = &voice;
+  }
+  if (sounding >= kMost) Fade(*quietest, kGiveWaySeconds);
+}
+
+// A free place, if need be that of the voice that has faded most.
+Voices::Voice& Voices::FindPlace() {
+  Voice* best = nullptr;
+  for (Voice& voice : voices_) {
+    if (voice.state == State::kFree) return voice;
+    if (voice.state == State::kFading && (!best || voice.fade < best->fade)) best = &voice;
+  }
+  Close(*best);
+  return *best;
+}
+
+void Voices::Release(int32_t channel, int32_t key) {
+  if (isOneShot_) return;
+  Voice* oldest = nullptr;
+  for (Voice& voice : voices_)
+    if (voice.state == State::kPressed && voice.channel == channel && voice.key == key &&
+        (!oldest || voice.number < oldest->number))
+      oldest = &voice;
+  if (!oldest) return;
+  if (isPedalDown_[static_cast<std::size_t>(channel % kChannels)])
+    oldest->state = State::kHeldByPedal;
+  else
+    Fade(*oldest, releaseSeconds_);
+}
+
+void Voices::SetPedal(int32_t channel, bool isDown) {
+  isPedalDown_[static_cast<std::size_t>(channel % kChannels)] = isDown;
+  if (isDown) return;
+  for (Voice& voice : voices_)
+    if (voice.state == State::kHeldByPedal && voice.channel == channel) Fade(voice, releaseSeconds_);
+}
+
+void Voices::ReleaseAll(int32_t channel) {
+  isPedalDown_[static_cast<std::size_t>(channel % kChannels)] = false;
+  for (Voice& voice : voices_)
+    if (IsSounding(voice) && voice.channel == channel) Fade(voice, releaseSeconds_);
+}
+
+void Voices::Cut() {
+  for (Voice& voice : voices_)
+    if (voice.state != State::kFree) Close(voice);
+}
+
+void Voices::Fade(Voice& voice, double seconds) {
+  const double frames = std::floor(seconds * sampleRate_);
+  if (!(frames >= 1)) return Close(voice);
+  voice.state = State::kFading;
+  voice.fadeStep = -1 / frames;
+}
+
+void Voices::Close(Voice& voice) {
+  instrument_.CloseStream(voice.stream);
+  voice.state = State::kFree;
+}
+
+void Voices::Process(float* const* out, int32_t frames) {
+  for (int32_t c = 0; c < channels_; ++c) std::fill_n(out[c], frames, 0.0f);
+  endedCount_ = 0;
+  soundEnd_ = 0;
+  if (frames < 1) return;
+  for (Voice& voice : voices_)
+    if (voice.state != State::kFree) Mix(voice, out, frames);
+}
+
+void Voices::Mix(Voice& voice, float* const* out, int32_t frames) {
+  const int32_t result = instrument_.ComputeStream(voice.stream, block_.data(), frames);
+  const bool isFading = voice.state == State::kFading;
+  float level = 0;
+  for (std::size_t c = 0; c < block_.size() && result != MStreamResult::kNotStarted; ++c) {
+    float* const from = block_[c];
+    for (int32_t i = 0; i < frames && isFading; ++i)
+      from[i] *= static_cast<float>(std::max(voice.fade + (i + 1) * voice.fadeStep, 0.0));
+    for (int32_t i = 0; i < frames; ++i) {
+      out[c][i] += from[i];
+      level = std::max(level, std::abs(from[i]));
+    }
+  }
+  voice.level = level;
+  const double fadeLeft = isFading ? std::ceil(-voice.fade / voice.fadeStep) : frames;
+  voice.fade += isFading ? frames * voice.fadeStep : 0;
+  if (result == MStreamResult::kEnded || voice.fade <= 0)
+    soundEnd_ = std::max(soundEnd_, static_cast<int32_t>(std::min(fadeLeft, double(frames))));
+  if (result == MStreamResult::kEnded) ended_[static_cast<std::size_t>(endedCount_++)] = voice.number;
+  if (result == MStreamResult::kEnded || voice.fade <= 0) Close(voice);
+}
+
+bool Voices::IsSilent() const noexcept {
+  return std::all_of(voices_.begin(), voices_.end(),
+                     [](const Voice& voice) { return voice.state == State::kFree; });
+}
+
+}  // namespace bridge

@@ -1,0 +1,98 @@
+#pragma once
+#include <array>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "hosts/bridge/Plugin.h"
+
+namespace bridge {
+
+// Plays an instrument by keys: a voice is one of its streams, made at the note's beginning and closed when it
+// has ended or its key's release has faded it out. At most kMost voices sound; one more takes the place of
+// the quietest, of equally quiet ones of the oldest, which fades out in a few milliseconds.
+//
+// Notes and controls take effect where the next block begins: split a block at each of them. All of it is
+// [audio] but the constructor and Prepare; making and closing a stream allocates in the plug-in.
+class Voices {
+ public:
+  static constexpr int32_t kMost = 64;
+  static constexpr int32_t kRootKey = 60;  // sounds at the ratio 1
+  static constexpr double kReleaseSeconds = 0.02;
+
+  // The instrument outlives the voices.
+  explicit Voices(Plugin& instrument) noexcept : instrument_(instrument) {}
+  Voices(const Voices&) = delete;
+  Voices& operator=(const Voices&) = delete;
+  ~Voices() { Cut(); }
+
+  // Prepares the instrument, for blocks of up to `mostFrames`; cuts all voices.
+  void Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames);
+  // How long a released voice fades, linearly; 0 and more.
+  void SetRelease(double seconds) noexcept { releaseSeconds_ = seconds; }
+  // Whether voices ring out, whatever becomes of their keys.
+  void SetOneShot(bool isOneShot) noexcept { isOneShot_ = isOneShot; }
+
+  // Begins a note and returns its number, which is not below 0, or -1 when the instrument makes no stream.
+  int64_t Press(int32_t channel, int32_t key, double volume);
+  // Ends the channel's oldest note of that key that is not released yet.
+  void Release(int32_t channel, int32_t key);
+  // While the pedal is down, released keys sound on.
+  void SetPedal(int32_t channel, bool isDown);
+  // Ends the notes of a channel, as if all keys and the pedal went up.
+  void ReleaseAll(int32_t channel);
+  // Closes all voices at once.
+  void Cut();
+
+  // Overwrites out[c][0] to out[c][frames - 1] with the sum of all voices.
+  void Process(float* const* out, int32_t frames);
+  // The notes whose stream ended by itself in the last block.
+  std::span<const int64_t> GetEnded() const noexcept {
+    return {ended_.data(), static_cast<std::size_t>(endedCount_)};
+  }
+  bool IsSilent() const noexcept;
+  // The frames of the last block in front of the place where the last voice that ended in it had ended or
+  // faded out.
+  int32_t GetSoundEnd() const noexcept { return soundEnd_; }
+
+ private:
+  static constexpr int32_t kChannels = 16;
+  static constexpr int32_t kPlaces = 2 * kMost;  // those that give way fade in places of their own
+
+  enum class State { kFree, kPressed, kHeldByPedal, kFading };
+  struct Voice {
+    State state = State::kFree;
+    MWord stream = 0;
+    int64_t number = 0;
+    int32_t channel = 0;
+    int32_t key = 0;
+    float level = 0;  // greatest magnitude of the last block
+    double fade = 1;  // gain where the next block begins, and its change per frame
+    double fadeStep = 0;
+  };
+
+  static bool IsSounding(const Voice& voice) noexcept {
+    return voice.state == State::kPressed || voice.state == State::kHeldByPedal;
+  }
+  void MakeRoom();
+  Voice& FindPlace();
+  void Fade(Voice& voice, double seconds);
+  void Close(Voice& voice);
+  void Mix(Voice& voice, float* const* out, int32_t frames);
+
+  Plugin& instrument_;
+  int32_t channels_ = 0;
+  int32_t sampleRate_ = 1;
+  double releaseSeconds_ = kReleaseSeconds;
+  bool isOneShot_ = false;
+  int64_t nextNumber_ = 0;
+  std::array<bool, kChannels> isPedalDown_ = {};
+  std::array<Voice, kPlaces> voices_ = {};
+  std::array<int64_t, kPlaces> ended_ = {};
+  int32_t endedCount_ = 0;
+  int32_t soundEnd_ = 0;
+  std::vector<float> samples_;  // one voice's block, channel by channel
+  std::vector<float*> block_;
+};
+
+}  // namespace bridge

@@ -1,0 +1,100 @@
+#include "dsp/MSampleReading.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+#include "dsp/MCubic.h"
+#include "dsp/MRandomSequence.h"
+#include "tests/common/TestRandom.h"
+
+namespace {
+
+std::vector<float> Noise(int32_t length) {
+  TestRandom random(7);
+  std::vector<float> samples;
+  for (int32_t i = 0; i < length; ++i) samples.push_back(static_cast<float>(random.Real(-1, 1)));
+  return samples;
+}
+
+// The definition, in double and one sample at a time.
+double PlainRead(const std::vector<float>& samples, double place) {
+  const auto length = static_cast<double>(samples.size());
+  const double whole = std::floor(place);
+  if (whole < 0 || whole >= length) return 0;
+  const auto at = [&](double i) {
+    return i >= 0 && i < length ? double{samples[static_cast<std::size_t>(i)]} : 0.0;
+  };
+  const double y0 = at(whole - 1), y1 = at(whole), y2 = at(whole + 1), y3 = at(whole + 2);
+  const double t = place - whole;
+  return y1 + t * (0.5 * (y2 - y0) +
+                   t * (2 * y2 + y0 - 0.5 * (5 * y1 + y3) + 0.5 * t * (3 * (y1 - y2) - y0 + y3)));
+}
+
+TEST(MCubic, GoesThroughTheTwoInnerValues) {
+  EXPECT_EQ(MCubic(3.0, 1.0, 2.0, -5.0, 0.0), 1.0);
+  EXPECT_EQ(MCubic(3.0, 1.0, 2.0, -5.0, 1.0), 2.0);
+}
+
+TEST(MCubic, KeepsALine) {
+  for (const double t : {0.0, 0.25, 0.5, 0.9}) EXPECT_DOUBLE_EQ(MCubic(1.0, 3.0, 5.0, 7.0, t), 3 + 2 * t);
+}
+
+TEST(MSampleReading, ResamplesAsTheDefinitionSays) {
+  for (const int32_t length : {1, 2, 3, 5, 64, 1000}) {
+    const std::vector<float> samples = Noise(length);
+    for (const double speed : {0.3, 0.5, 1.0, 1.5, 2.0, 2.7, 48000.0 / 44100})
+      for (const double start : {-2.5, -1.0, 0.0, 0.7, length - 3.5, length + 0.0, -1e11, 1e11})
+        for (const int32_t count : {0, 1, 3, 4, 7, 63, 1501}) {
+          std::vector<float> out(static_cast<std::size_t>(count) + 1, 9.0f);
+          MSampleReading::Resample(out.data(), samples.data(), length, start, speed, count);
+          for (int32_t i = 0; i < count; ++i)
+            ASSERT_NEAR(out[static_cast<std::size_t>(i)], PlainRead(samples, start + i * speed), 1e-6)
+                << length << " " << speed << " " << start << " " << i;
+          ASSERT_EQ(out.back(), 9);  // nothing behind the end is written
+        }
+  }
+}
+
+TEST(MSampleReading, ValueHangsOnItsPlaceAlone) {
+  const std::vector<float> samples = Noise(100);
+  for (int32_t shift = 0; shift < 8; ++shift) {
+    std::vector<float> all(40), part(40);
+    MSampleReading::Resample(all.data(), samples.data(), 100, 10, 0.75, 40);
+    MSampleReading::Resample(part.data(), samples.data(), 100, 10 + 0.75 * shift, 0.75, 40 - shift);
+    for (int32_t i = shift; i < 40; ++i)
+      ASSERT_EQ(all[static_cast<std::size_t>(i)], part[static_cast<std::size_t>(i - shift)]);
+  }
+}
+
+TEST(MSampleReading, HugeSpeedsLeaveTheRecording) {
+  const std::vector<float> samples = Noise(10);
+  float out[5] = {9, 9, 9, 9, 9};
+  MSampleReading::Resample(out, samples.data(), 10, 0, 2e15, 5);
+  EXPECT_EQ(out[0], samples[0]);
+  for (int32_t i = 1; i < 5; ++i) EXPECT_EQ(out[i], 0);
+}
+
+TEST(MSampleReading, CopiesWhatLiesInside) {
+  const std::vector<float> samples = Noise(5);
+  for (const int64_t start : {int64_t{-7}, int64_t{-2}, int64_t{0}, int64_t{3}, int64_t{5}, int64_t{9},
+                              INT64_MIN / 2, INT64_MAX / 2}) {
+    float out[8] = {9, 9, 9, 9, 9, 9, 9, 9};
+    MSampleReading::Copy(out, samples.data(), 5, start, 7);
+    for (int32_t i = 0; i < 7; ++i) {
+      const int64_t place = start + i;
+      ASSERT_EQ(out[i], place >= 0 && place < 5 ? samples[static_cast<std::size_t>(place)] : 0.0f);
+    }
+    EXPECT_EQ(out[7], 9);
+  }
+}
+
+TEST(MRandomSequence, StepsAsItsFormulaSays) {
+  MRandomSequence::Set(0);
+  EXPECT_EQ(MRandomSequence::Next(), 2531011u);
+  EXPECT_EQ(MRandomSequence::Next(), 2531011u * 214013u + 2531011u);
+  EXPECT_EQ(MRandomSequence::Get(), MRandomSequence::Follow(2531011u));
+}
+
+}  // namespace
