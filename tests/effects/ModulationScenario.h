@@ -12,6 +12,8 @@
 //   int32_t GetLatency() const;
 //   bool IsSilent() const;
 //   double GetPeak() const;                               of the memory
+// and that of an effect whose sound can swell without end
+//   static double Limit(int32_t row, double value);       to where it does not
 
 #include <gtest/gtest.h>
 
@@ -69,6 +71,11 @@ class ModulationScenario {
           random_.OneIn(4) ? random_.OneOf<double>({least, most, usual}) : random_.Real(least, most);
       if (random_.OneIn(8)) used = value = random_.OneOf<double>({2.5, -3.25});  // may be out of its range
       if (random_.OneIn(12)) value = random_.OneOf<double>({NAN, INFINITY, -INFINITY}), used = usual;
+    }
+    if (row.kind == MParameterKind::kInteger)
+      used = value = random_.Integer(row.integer.minimum - 1, row.integer.maximum + 1);
+    if constexpr (requires { Model::Limit(index, value); }) {
+      if (std::isfinite(value)) used = value = Model::Limit(index, value);
     }
     effect_.Set(index, value);
     model_.Set(index, used);
