@@ -149,18 +149,31 @@ void SqueezelAudioEffectPlugin::DesignSideChain() {
   if (hasHighPass) design(filters_[1], MBiquadType::kHighPass, sideChain_.minimumFrequency);
 }
 
+// Compiles the drawn curve as it is now into the shape that is not read.
+void SqueezelAudioEffectPlugin::BuildShape() {
+  MEnvelopeData drawn;
+  {
+    const MLocker locker(lock_);
+    drawn = drawn_;
+  }
+  drawnShapes_[1 - currentShape_].Build(drawn);
+}
+
 void SqueezelAudioEffectPlugin::Update() {
-  const MLocker locker(lock_);
+  const MLocker building(building_);
   if (sampleRate_ < 1) return;
-  curve_ = SqueezelCurve(GetSettings());
-  const bool isDrawn = curve_.settings.isDrawn;
+  const SqueezelCurve curve(GetSettings());
+  const bool isDrawn = curve.settings.isDrawn;
+  if (isDrawn) BuildShape();
+  const MLocker locker(lock_);
+  curve_ = curve;
   isBypassed_ = !isDrawn && std::abs(curve_.settings.ratio - 1) < kNothing;
   if (isBypassed_) std::fill(std::begin(detectors_), std::end(detectors_), SqueezelDetector());
   const auto decay = [this](int32_t row) { return Decay(sampleRate_, MLimitedValue(rows_[row], 0, 60)); };
   times_ = {decay(kAttack), decay(kRelease), decay(kRmsLength)};
   if (!isDrawn && IsEditorOpen()) FollowCurve();
-  if (isDrawn) drawnShape_.Build(drawn_);
-  curve_.drawn = drawnShape_.GetView();
+  if (isDrawn) currentShape_ = 1 - currentShape_;
+  curve_.drawn = drawnShapes_[currentShape_].GetView();
   isLinked_ = MIsOn(rows_[kLinkChannels]);
   DesignSideChain();
   meterRate_ = sampleRate_;
@@ -173,8 +186,10 @@ SqueezelAudioEffectPlugin::SideChain SqueezelAudioEffectPlugin::GetSideChain() {
 }
 
 void SqueezelAudioEffectPlugin::SetSideChain(const SideChain& sideChain) {
-  const MLocker locker(lock_);
-  sideChain_ = sideChain;
+  {
+    const MLocker locker(lock_);
+    sideChain_ = sideChain;
+  }
   Update();
 }
 
@@ -184,8 +199,10 @@ MEnvelopeData SqueezelAudioEffectPlugin::GetCurve() {
 }
 
 void SqueezelAudioEffectPlugin::SetCurve(const MEnvelopeData& curve) {
-  const MLocker locker(lock_);
-  drawn_ = curve;
+  {
+    const MLocker locker(lock_);
+    drawn_ = curve;
+  }
   Update();
 }
 
@@ -224,12 +241,14 @@ void SqueezelAudioEffectPlugin::LoadOldRows(const MXMLItem& item) {
 }
 
 bool SqueezelAudioEffectPlugin::LoadState(MXMLItem& item) {
-  const MLocker locker(lock_);
-  if (item.HasSubItem("graph")) drawn_.Load(item.CachedSubItem());
-  sideChain_.isOn = item.GetAttribute("SideChainEnable").ToInteger() != 0;
-  sideChain_.plays = item.GetAttribute("SideChainPlay").ToInteger() != 0;
-  sideChain_.minimumFrequency = MReadNumber(item, "SideChainMinFrequency", kLowestSideChain);
-  sideChain_.maximumFrequency = MReadNumber(item, "SideChainMaxFrequency", kHighestSideChain);
+  {
+    const MLocker locker(lock_);
+    if (item.HasSubItem("graph")) drawn_.Load(item.CachedSubItem());
+    sideChain_.isOn = item.GetAttribute("SideChainEnable").ToInteger() != 0;
+    sideChain_.plays = item.GetAttribute("SideChainPlay").ToInteger() != 0;
+    sideChain_.minimumFrequency = MReadNumber(item, "SideChainMinFrequency", kLowestSideChain);
+    sideChain_.maximumFrequency = MReadNumber(item, "SideChainMaxFrequency", kHighestSideChain);
+  }
   const bool result = MAudioEffectPlugin::LoadState(item);
   LoadOldRows(item);
   return result;

@@ -11,7 +11,7 @@
 //
 // The side chain limits the band that the detectors hear, by a low-pass and a high-pass with Q 1 in single
 // precision; the signal itself stays unfiltered. Serves eight channels, further ones pass. A sample that is
-// not finite counts as 0. A block holds the lock.
+// not finite counts as 0. A block holds the lock, but waits for no curve that is being compiled.
 class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
  public:
   struct SideChain {
@@ -68,6 +68,7 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
   void AddSwitches();
   SqueezelSettings GetSettings() const;
   void FollowCurve();
+  void BuildShape();
   void DesignSideChain();
   void LoadOldRows(const MXMLItem& item);
   bool HasFilter() const noexcept { return firstFilter_ < endFilter_; }
@@ -80,9 +81,11 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
 
   MPluginParameter rows_[kRowCount];
   const SqueezelKernel& kernel_ = GetSqueezelKernel();
+  MLock building_;  // makes updates follow one another; taken before the lock
+  BendformCurve drawnShapes_[2];
   // Under the lock.
   MEnvelopeData drawn_;
-  BendformCurve drawnShape_;
+  int32_t currentShape_ = 0;  // that blocks read; an update compiles the other one beside the lock
   SideChain sideChain_;
   SqueezelCurve curve_;
   SqueezelTimes times_;
