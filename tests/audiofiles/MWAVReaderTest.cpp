@@ -119,6 +119,15 @@ TEST(MWAVReader, BeginsWhereTheStreamStands) {
   EXPECT_EQ(Samples(buffer), std::vector<float>{1.0f});
 }
 
+TEST(MWAVReader, KeepsTheRateAsItStands) {
+  for (const uint32_t rate : {0u, 1u, 44100u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    MAudioBuffer buffer;
+    Load(buffer, Wav(Form(1, 8, 1, rate), "x"));
+    EXPECT_EQ(buffer.sampleRate, static_cast<int32_t>(rate));
+    EXPECT_EQ(buffer.GetLength(), 1);
+  }
+}
+
 TEST(MWAVReader, PassesOtherChunksAndLongFormats) {
   const std::string data = Chunk("data", "\xFE\x7F");
   const std::vector<float> expected = {1.0f, 0};
