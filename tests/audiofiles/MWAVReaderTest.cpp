@@ -132,7 +132,7 @@ TEST(MWAVReader, PassesOtherChunksAndLongFormats) {
   const std::string data = Chunk("data", "\xFE\x7F");
   const std::vector<float> expected = {1.0f, 0};
   MAudioBuffer buffer;
-  for (const std::size_t more : {0, 2, 24}) {
+  for (const std::size_t more : {0u, 2u, 24u}) {
     Load(buffer, Riff(Chunk("fmt ", Form(1, 8) + std::string(more, 'x')) + data));
     EXPECT_EQ(Samples(buffer), expected) << more;
   }
