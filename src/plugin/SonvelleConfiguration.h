@@ -38,10 +38,6 @@ class SonvelleConfiguration {
   MFileTree subSampleLibraryFiles;
   MFileTree multiSampleFiles;
   MSampleCache sampleCache;
-<<<<<<< HEAD
-  MSharedCache multiSampleCache;
-  MSharedCache subSampleCache;
-=======
   MMultiSampleCache multiSampleCache;
   MSubSampleLibraryCache subSampleCache;
 

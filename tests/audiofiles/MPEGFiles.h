@@ -60,7 +60,8 @@ class BitWriter {
   void Put(uint32_t value, int bits) {
     for (int bit = bits - 1; bit >= 0; --bit) {
       if (used_ % 8 == 0) bytes_ += '\0';
-      bytes_.back() = static_cast<char>(bytes_.back() | (value >> bit & 1) << (7 - used_ % 8));
+      const uint32_t byte = static_cast<uint8_t>(bytes_.back()) | (value >> bit & 1) << (7 - used_ % 8);
+      bytes_.back() = static_cast<char>(byte);
       ++used_;
     }
   }

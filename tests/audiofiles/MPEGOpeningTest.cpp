@@ -63,7 +63,8 @@ TEST(MPEGOpening, PassesTagsInFront) {
 }
 
 TEST(MPEGOpening, PassesGarbageOfEvenLength) {
-  for (const std::size_t length : {2, 4, 1000, 2046, 2048}) ExpectOpens(std::string(length, 'x') + Frames());
+  for (const std::size_t length : {2u, 4u, 1000u, 2046u, 2048u})
+    ExpectOpens(std::string(length, 'x') + Frames());
   ExpectOpens(ID3v2("tag") + std::string(2048, '\0') + Frames());
   ExpectNoHeader(std::string(2050, 'x') + Frames(), "byte 2050");
 }

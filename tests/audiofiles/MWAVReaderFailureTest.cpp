@@ -63,7 +63,7 @@ TEST(MWAVReaderFailure, OfADepthStandsAlone) {
 
 TEST(MWAVReaderFailure, OfSamplesThatAreNotThere) {
   const std::string head = Riff(Chunk("fmt ", Form(2, 16)) + "data" + Little(8, 4));
-  for (const std::size_t count : {0, 1, 4, 7})
+  for (const std::size_t count : {0u, 1u, 4u, 7u})
     ExpectFailure(head + std::string(count, 'x'), "Could not load WAV samples.", "byte 44");
 }
 

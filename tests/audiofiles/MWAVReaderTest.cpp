@@ -119,11 +119,20 @@ TEST(MWAVReader, BeginsWhereTheStreamStands) {
   EXPECT_EQ(Samples(buffer), std::vector<float>{1.0f});
 }
 
+TEST(MWAVReader, KeepsTheRateAsItStands) {
+  for (const uint32_t rate : {0u, 1u, 44100u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
+    MAudioBuffer buffer;
+    Load(buffer, Wav(Form(1, 8, 1, rate), "x"));
+    EXPECT_EQ(buffer.sampleRate, static_cast<int32_t>(rate));
+    EXPECT_EQ(buffer.GetLength(), 1);
+  }
+}
+
 TEST(MWAVReader, PassesOtherChunksAndLongFormats) {
   const std::string data = Chunk("data", "\xFE\x7F");
   const std::vector<float> expected = {1.0f, 0};
   MAudioBuffer buffer;
-  for (const std::size_t more : {0, 2, 24}) {
+  for (const std::size_t more : {0u, 2u, 24u}) {
     Load(buffer, Riff(Chunk("fmt ", Form(1, 8) + std::string(more, 'x')) + data));
     EXPECT_EQ(Samples(buffer), expected) << more;
   }

@@ -77,7 +77,7 @@ TEST(MZSDFile, GivesTheSameFromAnyStream) {
 
 TEST(MZSDFile, WithAShortHeadHasNoHeader) {
   const std::string head = Zsd(1, 1, 44100, 1, "");
-  for (const std::size_t size : {0, 4, 59})
+  for (const std::size_t size : {0u, 4u, 59u})
     ExpectFailure(head.substr(0, size), "No ZSD header found.", "byte 0");
 }
 
@@ -106,7 +106,7 @@ TEST(MZSDFile, WithARateOfZeroIsRefusedBeforeAnySampleIsRead) {
 
 TEST(MZSDFile, WithoutAllOfItsSamplesIsRefused) {
   const std::string bytes = Zsd(2, 100, 44100, 1, Pattern(800));
-  for (const std::size_t missing : {1, 4, 400, 800})
+  for (const std::size_t missing : {1u, 4u, 400u, 800u})
     ExpectFailure(bytes.substr(0, bytes.size() - missing), "Could not load samples.", "byte 60");
 }
 

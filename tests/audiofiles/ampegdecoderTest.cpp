@@ -2,6 +2,7 @@
 
 #include "audiofiles/binfileMStream.h"
 #include "tests/audiofiles/MPEGFiles.h"
+#include "tests/common/CountingFunctions.h"
 
 namespace {
 
@@ -92,6 +93,18 @@ TEST(ampegdecoder, ReadsInPiecesOfAnySize) {
     EXPECT_EQ(d.decoder.Ioctl(mp3dec::kHasEnded), 1);
     EXPECT_EQ(d.decoder.Ioctl(mp3dec::kGetPosition), d.size);
   }
+}
+
+TEST(ampegdecoder, TakesNoMemoryForAFrame) {
+  const CountingFunctions counting;
+  Decoding d(LayerI(20));
+  const int64_t calls = CountingFunctions::GetCalls();
+  char pcm[5000];
+  while (d.decoder.RawRead(pcm, sizeof pcm) > 0) {
+  }
+  d.decoder.RawSeek(0);
+  EXPECT_EQ(d.decoder.RawRead(pcm, sizeof pcm), 5000);
+  EXPECT_EQ(CountingFunctions::GetCalls(), calls);
 }
 
 TEST(ampegdecoder, CountsItsFrames) {

@@ -3,6 +3,7 @@
 #include "audiofiles/MMPEGFile.h"
 #include "audiofiles/binfileMStream.h"
 #include "tests/audiofiles/MPEGFiles.h"
+#include "tests/common/CountingFunctions.h"
 
 namespace {
 
@@ -93,7 +94,7 @@ TEST(mpegsplitstream, GoesToAnyPlace) {
   EXPECT_EQ(split.RawRead(&byte, 1), 0);
 }
 
-TEST(mpegsplitstream, IsLoadedAsItsAudio) {
+TEST(mpegsplitstream, IsLoadedAsItsAudioWithoutALeak) {
   TestRandom random(3);
   std::string frames, system1 = kPack1 + kSystem, system2 = Pack2(3) + kSystem;
   for (int i = 0; i < 30; ++i) frames += LayerIFrame(random, 0xFF, 0, 12, 0, 416);
@@ -115,6 +116,27 @@ TEST(mpegsplitstream, IsLoadedAsItsAudio) {
     LoadMPEG(buffer, pieces);
     ExpectSame(buffer, plain);
   }
+  bool isDone = false;
+  for (int64_t n = 0; !isDone; ++n) {
+    const CountingFunctions counting;
+    {
+      MMemoryStream whole(system1.data(), static_cast<int32_t>(system1.size()));
+      MAudioBuffer buffer;
+      CountingFunctions::FailAfter(n);
+      try {
+        LoadMPEG(buffer, whole);
+        isDone = true;
+      } catch (const MException& raised) {
+        EXPECT_EQ(raised.message, "Out of memory.");
+      }
+      CountingFunctions::FailAfter(-1);
+    }
+    EXPECT_EQ(CountingFunctions::GetBalance(), 0) << n;
+  }
+}
+
+TEST(mpegsplitstream, WithoutAudioIsRefused) {
+  const std::string frames(3000, '\xFF');
   ExpectInvalid(LoadMPEG, kPack1 + kEnd + frames, "MPEG stream header error.", "byte 0");
 }
 

@@ -56,17 +56,15 @@ void MMixing::ModulateTime(float* samples, const float* modulator, int32_t count
                            float* past) noexcept {
   constexpr int32_t kChunk = 256;
   const MModulationKernels& kernels = MGetModulationKernels();
-  float line[kPastSamples + kChunk];
+  double line[kPastSamples + kChunk];
   double places[kChunk];
   std::copy_n(past, kPastSamples, line);
   for (int32_t done = 0; done < count; done += kChunk) {
     const int32_t run = std::min(kChunk, count - done);
-    for (int32_t i = 0; i < run; ++i) {
-      line[kPastSamples + i] = MCleanSample(samples[done + i]);
-      places[i] = std::clamp(MCleanSample(modulator[done + i]), -1.0f, 1.0f);
-    }
+    kernels.widen(samples + done, line + kPastSamples, run);
+    for (int32_t i = 0; i < run; ++i) places[i] = std::clamp(MCleanSample(modulator[done + i]), -1.0f, 1.0f);
     kernels.interpolate(line, samples + done, places, depth, kPastSamples - depth - 4, run);
     std::copy(line + run, line + run + kPastSamples, line);
   }
-  std::copy_n(line, kPastSamples, past);
+  std::transform(line, line + kPastSamples, past, [](double x) { return static_cast<float>(x); });
 }
