@@ -21,6 +21,9 @@ class Toneloom4NNAudioStreamPlugin final : public MAudioStreamPlugin {
   bool SaveState(MXMLItem& item) override;
   bool LoadState(MXMLItem& item) override;  // [host]
 
+  // For editors and tests, which hold the lock. [any]
+  MMixerAudioFilter& GetMixer() noexcept { return mixer_; }
+
  protected:
   MAudioStream* NewStream(const MStreamRequest& request) override;                             // [audio]
   int32_t Render(MAudioStream& stream, float** out, int32_t first, int32_t samples) override;  // [audio]

@@ -167,6 +167,7 @@ void MMixerAudioFilter::Reset() {
 void MMixerAudioFilter::Save(MXMLItem& item) const {
   for (const Entry& entry : objects_) {
     const MAudioGeneratorObject& object = *entry.object;
+    if (item.HasSubItem(object.itemName)) item.RemoveSubItem(item.CachedSubItem());
     MXMLItem& child = item.AddSubItem(object.itemName);
     object.Save(child);
     child.SetAttribute("enabled", object.isEnabled ? "1" : "0");
