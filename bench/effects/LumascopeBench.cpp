@@ -12,9 +12,9 @@ struct Setting {
 };
 
 void SetUp(EffectBench& effect, const Setting& setting) {
-  effect.SetNumber("fftsize", setting.exponent);
-  effect.SetChoice("channelmode", setting.channelMode);
-  effect.SetSwitch("psychoacousticsimulation", setting.isSimulating);
+  effect.Set("fftsize", setting.exponent);
+  effect.Set("channelmode", setting.channelMode);
+  effect.Set("psychoacousticsimulation", setting.isSimulating);
   effect.SetEditorOpen(setting.isOpen);
 }
 
@@ -36,5 +36,15 @@ void LumascopeDecay(benchmark::State& state) {
   effect->RunDecay(state);
 }
 BENCHMARK(LumascopeDecay)->Arg(256);
+
+void LumascopeUpdate(benchmark::State& state) {
+  std::make_unique<EffectBench>("Lumascope")->RunUpdate(state, "gain", 0, 6);
+}
+BENCHMARK(LumascopeUpdate);
+
+void LumascopeUpdateSize(benchmark::State& state) {
+  std::make_unique<EffectBench>("Lumascope")->RunUpdate(state, "fftsize", 12, 14);
+}
+BENCHMARK(LumascopeUpdateSize);
 
 }  // namespace

@@ -34,16 +34,12 @@ void SlidebenchDecay(benchmark::State& state) {
 }
 BENCHMARK(SlidebenchDecay)->Arg(256);
 
-void SlidebenchDepth(benchmark::State& state) {
-  const auto effect = Make();
-  effect->Prepare();
-  Calibrate(state);
-  double depth = 0;
-  for (auto _ : state) effect->Set("depth", depth = 1 - depth);
+void SlidebenchUpdate(benchmark::State& state) {
+  Make()->RunUpdate(state, "depth", 1, 0);
 }
-BENCHMARK(SlidebenchDepth);
+BENCHMARK(SlidebenchUpdate);
 
-void SlidebenchCurve(benchmark::State& state, const char* type) {
+void SlidebenchUpdateCurve(benchmark::State& state, const char* type) {
   const auto effect = Make();
   effect->Prepare();
   Calibrate(state);
@@ -51,7 +47,7 @@ void SlidebenchCurve(benchmark::State& state, const char* type) {
   AddCurve(curve, type);
   for (auto _ : state) effect->Load(curve);
 }
-BENCHMARK_CAPTURE(SlidebenchCurve, fourthOrder, "Mode 2")->Name("SlidebenchCurve");
-BENCHMARK_CAPTURE(SlidebenchCurve, ellipse, "Mode 3")->Name("SlidebenchCurveSlowest");
+BENCHMARK_CAPTURE(SlidebenchUpdateCurve, fourthOrder, "Mode 2")->Name("SlidebenchUpdateCurve");
+BENCHMARK_CAPTURE(SlidebenchUpdateCurve, ellipse, "Mode 3")->Name("SlidebenchUpdateCurveSlowest");
 
 }  // namespace

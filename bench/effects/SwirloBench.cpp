@@ -4,7 +4,7 @@ namespace {
 
 void Swirlo(benchmark::State& state, int32_t stages, double difference) {
   EffectBench effect("Swirlo");
-  effect.SetNumber("delays", stages);
+  effect.Set("delays", stages);
   effect.Set("phasediff", difference);
   effect.Run(state);
 }
@@ -17,5 +17,15 @@ void SwirloDecay(benchmark::State& state) {
   EffectBench("Swirlo").RunDecay(state);
 }
 BENCHMARK(SwirloDecay)->Arg(256);
+
+void SwirloUpdate(benchmark::State& state) {
+  EffectBench("Swirlo").RunUpdate(state, "feedback", 0.7, 0.5);
+}
+BENCHMARK(SwirloUpdate);
+
+void SwirloUpdateShape(benchmark::State& state) {
+  EffectBench("Swirlo").RunUpdate(state, "Shape", 4.25, 4.5);
+}
+BENCHMARK(SwirloUpdateShape);
 
 }  // namespace

@@ -2,14 +2,26 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+
+#include "core/MException.h"
 
 namespace bridge {
 
 namespace {
 
 constexpr double kGiveWaySeconds = 0.005;
+constexpr double kMostFadeFrames = 0x7FFFFFFF;
 
 }  // namespace
+
+Voices::~Voices() {
+  for (Voice& voice : voices_) try {
+      if (voice.state != State::kFree) Close(voice);
+    } catch (const MException&) {
+      // Nobody is left who could use the stream.
+    }
+}
 
 void Voices::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
   Cut();
@@ -24,15 +36,15 @@ void Voices::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
 }
 
 int64_t Voices::Press(int32_t channel, int32_t key, double volume) {
-  MakeRoom();
   Voice voice;
   voice.stream = instrument_.CreateStream(0, volume, std::exp2((key - kRootKey) / 12.0));
   if (voice.stream == 0) return -1;
+  MakeRoom();
   voice.state = State::kPressed;
   voice.number = nextNumber_++;
   voice.channel = channel;
   voice.key = key;
-  voice.level = 1;  // not heard yet: others give way first
+  voice.level = std::numeric_limits<float>::infinity();  // not heard yet: others give way first
   FindPlace() = voice;
   return voice.number;
 }
@@ -56,7 +68,7 @@ Voices::Voice& Voices::FindPlace() {
   Voice* best = nullptr;
   for (Voice& voice : voices_) {
     if (voice.state == State::kFree) return voice;
-    if (voice.state == State::kFading && (!best || voice.fade < best->fade)) best = &voice;
+    if (voice.state == State::kFading && (!best || GetFade(voice) < GetFade(*best))) best = &voice;
   }
   Close(*best);
   return *best;
@@ -70,21 +82,25 @@ void Voices::Release(int32_t channel, int32_t key) {
         (!oldest || voice.number < oldest->number))
       oldest = &voice;
   if (!oldest) return;
-  if (isPedalDown_[static_cast<std::size_t>(channel % kChannels)])
+  if (isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)])
     oldest->state = State::kHeldByPedal;
   else
     Fade(*oldest, releaseSeconds_);
 }
 
 void Voices::SetPedal(int32_t channel, bool isDown) {
-  isPedalDown_[static_cast<std::size_t>(channel % kChannels)] = isDown;
+  isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = isDown;
   if (isDown) return;
   for (Voice& voice : voices_)
     if (voice.state == State::kHeldByPedal && voice.channel == channel) Fade(voice, releaseSeconds_);
 }
 
 void Voices::ReleaseAll(int32_t channel) {
-  isPedalDown_[static_cast<std::size_t>(channel % kChannels)] = false;
+  isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = false;
+  if (!isOneShot_) Silence(channel);
+}
+
+void Voices::Silence(int32_t channel) {
   for (Voice& voice : voices_)
     if (IsSounding(voice) && voice.channel == channel) Fade(voice, releaseSeconds_);
 }
@@ -95,15 +111,15 @@ void Voices::Cut() {
 }
 
 void Voices::Fade(Voice& voice, double seconds) {
-  const double frames = std::floor(seconds * sampleRate_);
+  const double frames = std::min(std::floor(seconds * sampleRate_), kMostFadeFrames);
   if (!(frames >= 1)) return Close(voice);
   voice.state = State::kFading;
-  voice.fadeStep = -1 / frames;
+  voice.fadeFrames = voice.fadeLeft = static_cast<int32_t>(frames);
 }
 
 void Voices::Close(Voice& voice) {
-  instrument_.CloseStream(voice.stream);
   voice.state = State::kFree;
+  instrument_.CloseStream(voice.stream);
 }
 
 void Voices::Process(float* const* out, int32_t frames) {
@@ -118,23 +134,31 @@ void Voices::Process(float* const* out, int32_t frames) {
 void Voices::Mix(Voice& voice, float* const* out, int32_t frames) {
   const int32_t result = instrument_.ComputeStream(voice.stream, block_.data(), frames);
   const bool isFading = voice.state == State::kFading;
-  float level = 0;
-  for (std::size_t c = 0; c < block_.size() && result != MStreamResult::kNotStarted; ++c) {
-    float* const from = block_[c];
-    for (int32_t i = 0; i < frames && isFading; ++i)
-      from[i] *= static_cast<float>(std::max(voice.fade + (i + 1) * voice.fadeStep, 0.0));
-    for (int32_t i = 0; i < frames; ++i) {
-      out[c][i] += from[i];
-      level = std::max(level, std::abs(from[i]));
+  if (result != MStreamResult::kNotStarted) {
+    voice.level = 0;
+    for (std::size_t c = 0; c < block_.size(); ++c) {
+      if (isFading) FadeBlock(voice, block_[c], frames);
+      for (int32_t i = 0; i < frames; ++i) {
+        out[c][i] += block_[c][i];
+        voice.level = std::max(voice.level, std::abs(block_[c][i]));
+      }
     }
   }
-  voice.level = level;
-  const double fadeLeft = isFading ? std::ceil(-voice.fade / voice.fadeStep) : frames;
-  voice.fade += isFading ? frames * voice.fadeStep : 0;
-  if (result == MStreamResult::kEnded || voice.fade <= 0)
-    soundEnd_ = std::max(soundEnd_, static_cast<int32_t>(std::min(fadeLeft, double(frames))));
-  if (result == MStreamResult::kEnded) ended_[static_cast<std::size_t>(endedCount_++)] = voice.number;
-  if (result == MStreamResult::kEnded || voice.fade <= 0) Close(voice);
+  const int32_t heard = isFading ? std::min(voice.fadeLeft, frames) : frames;
+  if (isFading) voice.fadeLeft -= heard;
+  const bool isEnded = result == MStreamResult::kEnded;
+  if (isEnded) ended_[static_cast<std::size_t>(endedCount_++)] = voice.number;
+  if (!isEnded && !(isFading && voice.fadeLeft == 0)) return;
+  soundEnd_ = std::max(soundEnd_, heard);
+  Close(voice);
+}
+
+// The last frame of a fade has the gain 0.
+void Voices::FadeBlock(const Voice& voice, float* samples, int32_t frames) noexcept {
+  for (int32_t i = 0; i < frames; ++i) {
+    const double gain = double(std::max(voice.fadeLeft - 1 - i, 0)) / voice.fadeFrames;
+    samples[i] *= static_cast<float>(gain);
+  }
 }
 
 bool Voices::IsSilent() const noexcept {

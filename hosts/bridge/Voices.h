@@ -24,7 +24,7 @@ class Voices {
   explicit Voices(Plugin& instrument) noexcept : instrument_(instrument) {}
   Voices(const Voices&) = delete;
   Voices& operator=(const Voices&) = delete;
-  ~Voices() { Cut(); }
+  ~Voices();
 
   // Prepares the instrument, for blocks of up to `mostFrames`; cuts all voices.
   void Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames);
@@ -33,18 +33,21 @@ class Voices {
   // Whether voices ring out, whatever becomes of their keys.
   void SetOneShot(bool isOneShot) noexcept { isOneShot_ = isOneShot; }
 
-  // Begins a note and returns its number, which is not below 0, or -1 when the instrument makes no stream.
+  // Channels are 0 to 15. Begins a note and returns its number, which is not below 0, or -1 when the
+  // instrument makes no stream.
   int64_t Press(int32_t channel, int32_t key, double volume);
   // Ends the channel's oldest note of that key that is not released yet.
   void Release(int32_t channel, int32_t key);
   // While the pedal is down, released keys sound on.
   void SetPedal(int32_t channel, bool isDown);
-  // Ends the notes of a channel, as if all keys and the pedal went up.
+  // All keys and the pedal of a channel go up.
   void ReleaseAll(int32_t channel);
+  // Ends the notes of a channel, those that ring out too.
+  void Silence(int32_t channel);
   // Closes all voices at once.
   void Cut();
 
-  // Overwrites out[c][0] to out[c][frames - 1] with the sum of all voices.
+  // Overwrites out[c][0] to out[c][frames - 1] with the sum of all voices; at most the frames of Prepare.
   void Process(float* const* out, int32_t frames);
   // The notes whose stream ended by itself in the last block.
   std::span<const int64_t> GetEnded() const noexcept {
@@ -57,6 +60,7 @@ class Voices {
 
  private:
   static constexpr int32_t kChannels = 16;
+  static constexpr int32_t kLastChannel = kChannels - 1;
   static constexpr int32_t kPlaces = 2 * kMost;  // those that give way fade in places of their own
 
   enum class State { kFree, kPressed, kHeldByPedal, kFading };
@@ -66,19 +70,21 @@ class Voices {
     int64_t number = 0;
     int32_t channel = 0;
     int32_t key = 0;
-    float level = 0;  // greatest magnitude of the last block
-    double fade = 1;  // gain where the next block begins, and its change per frame
-    double fadeStep = 0;
+    float level = 0;  // greatest magnitude of the last block that it was heard in
+    int32_t fadeFrames = 0;
+    int32_t fadeLeft = 0;  // of them
   };
 
   static bool IsSounding(const Voice& voice) noexcept {
     return voice.state == State::kPressed || voice.state == State::kHeldByPedal;
   }
+  static double GetFade(const Voice& voice) noexcept { return double(voice.fadeLeft) / voice.fadeFrames; }
   void MakeRoom();
   Voice& FindPlace();
   void Fade(Voice& voice, double seconds);
   void Close(Voice& voice);
   void Mix(Voice& voice, float* const* out, int32_t frames);
+  static void FadeBlock(const Voice& voice, float* samples, int32_t frames) noexcept;
 
   Plugin& instrument_;
   int32_t channels_ = 0;

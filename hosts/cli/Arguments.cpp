@@ -3,6 +3,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
+#include <memory>
+#include <utility>
 
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/ManPage.h"
@@ -56,6 +58,26 @@ std::string ExitCodes() {
   return text + ".";
 }
 
+// A positional word that has a type is shown as that: "[IN] OUT.wav".
+class TypeFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_usage(const CLI::Option* option) const override {
+    return IsType(option, true) ? option->get_type_name() : Formatter::make_option_usage(option);
+  }
+  std::string make_option_name(const CLI::Option* option, bool isPositional) const override {
+    return IsType(option, isPositional) ? option->get_type_name()
+                                        : Formatter::make_option_name(option, isPositional);
+  }
+  std::string make_option_opts(const CLI::Option* option) const override {
+    return IsType(option, option->get_positional()) ? "" : Formatter::make_option_opts(option);
+  }
+
+ private:
+  static bool IsType(const CLI::Option* option, bool isPositional) {
+    return isPositional && !option->get_type_name().empty();
+  }
+};
+
 CLI::Option* AddName(CLI::App& command, const char* name, std::string& target, const char* description) {
   return command.add_option(name, target, description)->required()->type_name("");
 }
@@ -91,6 +113,7 @@ void AddSample(CLI::App& command, std::optional<std::string>& sample) {
 Parser::Parser() {
   app_.set_help_flag("-h,--help", "Print this help.");
   app_.set_version_flag("--version", "sonvelle " SONVELLE_VERSION, "Print the version.");
+  app_.formatter(std::make_shared<TypeFormatter>());
   app_.get_formatter()->label("REQUIRED", "");
   app_.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app_.get_formatter()->column_width(24);
@@ -235,6 +258,7 @@ CommandHelp DescribeCommand(const CLI::App& command) {
     if (option->check_name("--help")) continue;
     CommandHelp::Word word{option->get_name(), option->get_type_name(), option->get_description()};
     word.isOption = !option->get_positional();
+    if (!word.isOption && !word.type.empty()) word.name = std::exchange(word.type, "");
     word.isRequired = option->get_required();
     word.isRepeated = option->get_multi_option_policy() == CLI::MultiOptionPolicy::TakeAll;
     help.words.push_back(std::move(word));

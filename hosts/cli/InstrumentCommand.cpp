@@ -24,10 +24,14 @@ constexpr int32_t kDefaultChannels = 2;
 
 void CheckArguments(const RenderArguments& arguments) {
   if (arguments.files.size() != 1)
-    throw Failure(ExitCode::kUsage, arguments.plugin + " is an instrument: it wants OUT.wav alone");
+    throw Failure(ExitCode::kUsage,
+                  arguments.plugin + " is an instrument: it wants OUT.wav alone (see: sonvelle help render)");
   if (arguments.notes.empty() != arguments.midi.has_value())
-    throw Failure(ExitCode::kUsage, arguments.plugin + " is an instrument: it wants --note or --midi");
-  if (arguments.isOneShot && !arguments.midi) throw Failure(ExitCode::kUsage, "--one-shot goes with --midi");
+    throw Failure(
+        ExitCode::kUsage,
+        arguments.plugin + " is an instrument: it wants --note or --midi (see: sonvelle help render)");
+  if (arguments.isOneShot && !arguments.midi)
+    throw Failure(ExitCode::kUsage, "--one-shot goes with --midi (see: sonvelle help render)");
   for (const auto& source : {arguments.state, arguments.sample, arguments.midi})
     RequireOther(source.value_or(""), arguments.files[0]);
 }
@@ -50,7 +54,7 @@ std::vector<NoteResult> RenderFile(bridge::Plugin& instrument, const std::vector
   std::optional<int64_t> length;
   if (!arguments.midi) length = render.GetLength(arguments.notes);
   OutputFile output(path);
-  AudioWriter writer(output, audio, length);
+  AudioWriter writer(output, audio, length ? length : render.GetMostFrames(events));
   std::vector<NoteResult> results;
   {
     Progress progress(length, audio.sampleRate);
@@ -76,7 +80,8 @@ void RequireOther(const std::string& source, const std::string& output) {
 }
 
 void ImportSample(bridge::Plugin& plugin, const std::string& name, const std::string& path) {
-  const std::filesystem::path file = std::filesystem::absolute(path).lexically_normal();
+  std::error_code error;  // the name of no file stays as it is
+  const std::filesystem::path file = std::filesystem::absolute(path, error).lexically_normal();
   const MString texts[] = {ToLibraryPath(file.parent_path().string()),
                            ToLibraryPath(file.filename().string())};
   const MWord result = plugin.Command("ImportSample", MAsWord(texts));

@@ -5,6 +5,9 @@
 #include <limits>
 #include <set>
 
+#include "core/MException.h"
+#include "hosts/cli/Warnings.h"
+
 namespace cli {
 
 namespace {
@@ -19,9 +22,20 @@ std::vector<float*> Planes(std::vector<float>& samples, std::size_t channels) {
 
 }  // namespace
 
-struct InstrumentRender::Stream {
-  MWord handle;
-  int64_t end;  // frame behind the note
+// A piece that is being played.
+struct InstrumentRender::Piece {
+  Piece(bridge::Plugin& instrument, const std::vector<MidiEvent>& all) : voices(instrument), events(all) {
+    while (playEnd > 0 && events[playEnd - 1].kind != MidiEvent::Kind::kPress) --playEnd;
+  }
+  bool IsOver() const noexcept { return next >= playEnd && voices.IsSilent(); }
+  void Play(const MidiEvent& event);
+
+  bridge::Voices voices;
+  const std::vector<MidiEvent>& events;
+  std::size_t next = 0;
+  std::size_t playEnd = events.size();  // behind the last note
+  std::vector<NoteResult> results;
+  std::vector<std::size_t> noteOfNumber;  // which of the results a note of the voices is
 };
 
 InstrumentRender::InstrumentRender(bridge::Plugin& instrument, const Format& format)
@@ -32,6 +46,14 @@ InstrumentRender::InstrumentRender(bridge::Plugin& instrument, const Format& for
       interleaved_(mix_.size()),
       mixChannels_(Planes(mix_, static_cast<std::size_t>(format.audio.channels))),
       sampleChannels_(Planes(samples_, static_cast<std::size_t>(format.audio.channels))) {}
+
+InstrumentRender::~InstrumentRender() {
+  for (Stream& stream : streams_) try {
+      instrument_.CloseStream(stream.handle);
+    } catch (const MException&) {
+      // What the render raised, if anything, is what counts.
+    }
+}
 
 int64_t InstrumentRender::FramesOf(double seconds) const {
   return std::llround(seconds * format_.audio.sampleRate);
@@ -44,32 +66,39 @@ int64_t InstrumentRender::GetLength(const std::vector<NoteRequest>& notes) const
   return length + format_.tailFrames;
 }
 
+int64_t InstrumentRender::GetLastEnd(const std::vector<MidiEvent>& events) const {
+  return (events.empty() ? 0 : FramesOf(events.back().seconds)) + FramesOf(kLongestRingSeconds);
+}
+
+int64_t InstrumentRender::GetMostFrames(const std::vector<MidiEvent>& events) const {
+  return GetLastEnd(events) + format_.blockFrames + format_.tailFrames;
+}
+
 // Instruments that have nothing to load do not know the command.
 void InstrumentRender::FinishLoading() {
-  instrument_.Command("FinishLoading");
+  if (instrument_.Command("FinishLoading") == 1) Warn("some recordings of the instrument cannot be read");
 }
 
 std::vector<NoteResult> InstrumentRender::RenderNotes(const std::vector<NoteRequest>& notes,
                                                       const Sink& sink) {
   instrument_.PrepareStreams(format_.audio.channels, format_.audio.sampleRate);
   std::vector<NoteResult> results(notes.size());
-  std::vector<Stream> streams(notes.size());
+  streams_.resize(notes.size());
   for (std::size_t i = 0; i < notes.size(); ++i) {
     const int64_t start = FramesOf(notes[i].startSeconds);
     const double ratio = std::exp2((notes[i].key - bridge::Voices::kRootKey) / 12.0);
-    streams[i] = {instrument_.CreateStream(static_cast<int32_t>(start), notes[i].volume, ratio),
-                  start + FramesOf(notes[i].lengthSeconds)};
-    results[i].isMade = streams[i].handle != 0;
+    streams_[i] = {instrument_.CreateStream(static_cast<int32_t>(start), notes[i].volume, ratio),
+                   start + FramesOf(notes[i].lengthSeconds)};
+    results[i].isMade = streams_[i].handle != 0;
   }
   FinishLoading();
   const int64_t length = GetLength(notes);
   for (int64_t position = 0; position < length; position += format_.blockFrames) {
     const auto frames = static_cast<int32_t>(std::min<int64_t>(format_.blockFrames, length - position));
     std::fill(mix_.begin(), mix_.end(), 0.0f);
-    for (std::size_t i = 0; i < streams.size(); ++i) AddStream(streams[i], results[i], position, frames);
+    for (std::size_t i = 0; i < streams_.size(); ++i) AddStream(streams_[i], results[i], position, frames);
     Write(frames, sink);
   }
-  for (Stream& stream : streams) instrument_.CloseStream(stream.handle);
   return results;
 }
 
@@ -100,9 +129,7 @@ void InstrumentRender::RequestLayers(const std::vector<MidiEvent>& events) {
   FinishLoading();
 }
 
-// `noteOfNumber` says which of the results a note of the voices is.
-void InstrumentRender::Play(bridge::Voices& voices, const MidiEvent& event, std::vector<NoteResult>& results,
-                            std::vector<std::size_t>& noteOfNumber) const {
+void InstrumentRender::Piece::Play(const MidiEvent& event) {
   switch (event.kind) {
     case MidiEvent::Kind::kPress:
       results.emplace_back();
@@ -115,42 +142,48 @@ void InstrumentRender::Play(bridge::Voices& voices, const MidiEvent& event, std:
       return voices.SetPedal(event.channel, event.isDown);
     case MidiEvent::Kind::kReleaseAll:
       return voices.ReleaseAll(event.channel);
+    case MidiEvent::Kind::kSilence:
+      return voices.Silence(event.channel);
   }
 }
 
 std::vector<NoteResult> InstrumentRender::RenderMidi(const std::vector<MidiEvent>& events, bool isOneShot,
                                                      const Sink& sink) {
-  bridge::Voices voices(instrument_);
-  voices.Prepare(format_.audio.channels, format_.audio.sampleRate, format_.blockFrames);
-  voices.SetOneShot(isOneShot);
+  Piece piece(instrument_, events);
+  piece.voices.Prepare(format_.audio.channels, format_.audio.sampleRate, format_.blockFrames);
+  piece.voices.SetOneShot(isOneShot);
   RequestLayers(events);
-  std::vector<NoteResult> results;
-  std::vector<std::size_t> noteOfNumber;
-  std::size_t next = 0;
-  const int64_t most = (events.empty() ? 0 : FramesOf(events.back().seconds)) + FramesOf(kLongestRingSeconds);
-  int64_t position = 0;
-  while (next < events.size() || !voices.IsSilent()) {
-    if (position >= most) voices.Cut();
-    int32_t done = 0;
-    while (done < format_.blockFrames) {
-      for (; next < events.size() && FramesOf(events[next].seconds) <= position + done; ++next)
-        Play(voices, events[next], results, noteOfNumber);
-      if (next == events.size() && voices.IsSilent()) break;
-      const int64_t until =
-          next < events.size() ? FramesOf(events[next].seconds) - position : format_.blockFrames;
-      const auto run = static_cast<int32_t>(std::min<int64_t>(until, format_.blockFrames)) - done;
-      for (std::size_t c = 0; c < mixChannels_.size(); ++c) sampleChannels_[c] = mixChannels_[c] + done;
-      voices.Process(sampleChannels_.data(), run);
-      done += run;
-      for (const int64_t number : voices.GetEnded())
-        results[noteOfNumber[static_cast<std::size_t>(number)]].ended = position + done;
-      if (next == events.size() && voices.IsSilent()) done -= run - voices.GetSoundEnd();
-    }
-    Write(done, sink);
-    position += done;
+  const int64_t end = GetLastEnd(events);
+  for (int64_t position = 0; !piece.IsOver() && position < end;) {
+    const int32_t frames = MixBlock(piece, position);
+    Write(frames, sink);
+    position += frames;
   }
   WriteSilence(format_.tailFrames, sink);
-  return results;
+  return piece.results;
+}
+
+// A block is split where something happens in the piece, and ends with the piece. Returns its frames.
+int32_t InstrumentRender::MixBlock(Piece& piece, int64_t position) {
+  int32_t done = 0;
+  while (done < format_.blockFrames) {
+    for (; piece.next < piece.events.size(); ++piece.next) {
+      if (FramesOf(piece.events[piece.next].seconds) > position + done) break;
+      piece.Play(piece.events[piece.next]);
+    }
+    if (piece.IsOver()) break;
+    int64_t end = format_.blockFrames;
+    if (piece.next < piece.events.size())
+      end = std::min(end, FramesOf(piece.events[piece.next].seconds) - position);
+    const int32_t frames = static_cast<int32_t>(end) - done;
+    for (std::size_t c = 0; c < mixChannels_.size(); ++c) sampleChannels_[c] = mixChannels_[c] + done;
+    piece.voices.Process(sampleChannels_.data(), frames);
+    done += frames;
+    for (const int64_t number : piece.voices.GetEnded())
+      piece.results[piece.noteOfNumber[static_cast<std::size_t>(number)]].ended = position + done;
+    if (piece.IsOver()) return done - frames + piece.voices.GetSoundEnd();
+  }
+  return done;
 }
 
 void InstrumentRender::Write(int32_t frames, const Sink& sink) {

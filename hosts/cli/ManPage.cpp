@@ -15,6 +15,9 @@ constexpr const char* kExamples[][2] = {
     {"The same settings for many files.",
      "sonvelle state Echolan --set feedback=0.7 > echo.xml\n"
      "for file in *.wav; do sonvelle render Echolan \"$file\" \"wet-$file\" --state echo.xml; done"},
+    {"Two notes of a sampler, and a piece.",
+     "sonvelle render Playbox notes.wav --sample bell.wav --note 60:0.8:0:1 --note 67:0.6:0.5:1\n"
+     "sonvelle render Playbox piece.wav --sample bell.wav --midi piece.mid --one-shot"},
     {"The names of a table of parameters, by a program that reads JSON.",
      "sonvelle params Echolan --json | jq -r \".[].key\""},
 };

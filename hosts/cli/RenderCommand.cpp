@@ -62,7 +62,8 @@ EffectRender::Levels RenderFile(bridge::Plugin& effect, MXMLItem* state, const s
 
 void RenderEffect(const bridge::PluginType& type, const RenderArguments& arguments) {
   if (arguments.files.size() != 2)
-    throw Failure(ExitCode::kUsage, arguments.plugin + " is an effect: it wants IN and OUT.wav");
+    throw Failure(ExitCode::kUsage,
+                  arguments.plugin + " is an effect: it wants IN and OUT.wav (see: sonvelle help render)");
   if (!arguments.notes.empty() || arguments.midi || arguments.sample || arguments.isOneShot ||
       arguments.sampleRate || arguments.channels)
     throw Failure(ExitCode::kUsage, arguments.plugin +

@@ -4,6 +4,7 @@
 #include <cfloat>
 #include <cmath>
 
+#include "core/MFileTools.h"
 #include "core/MGuard.h"
 #include "core/MPath.h"
 #include "core/MXMLItemIterator.h"
@@ -59,6 +60,7 @@ GrainloomAudioStreamPlugin::GrainloomAudioStreamPlugin()
       envelope_(MLineCurve(1, 1)),
       bands_{},
       renderedBands_{} {
+  withoutOffset_.set();
   AddRealParameter(rows_[kColorOffset], "Color offset between channels", "coloroffset",
                    "<name>Color offset between channels</name> affects colors of all bands depending on "
                    "channel. So this is a cool way to provide some sort of stereo expansion. Higher number "
@@ -82,6 +84,21 @@ void GrainloomAudioStreamPlugin::ReleaseLibrary::operator()(MSubSampleLibrary* l
   if (!configuration) return;  // it was the library's owner
   MRunGuarded("GrainloomAudioStreamPlugin::ReleaseLibrary",
               [=] { configuration->subSampleCache.Release(library); });
+}
+
+// A new instrument plays the default library, where there is one.
+int32_t GrainloomAudioStreamPlugin::Prepare(int32_t channels, int32_t sampleRate) {
+  const int32_t result = MAudioStreamPlugin::Prepare(channels, sampleRate);
+  const SonvelleConfiguration* const configuration = SonvelleConfiguration::Get();
+  if (!configuration) return result;
+  {
+    const MLocker locker(lock_);
+    const MString path = JoinPath(configuration->subSampleLibraryPath, JoinPath(subpath_, fileName_));
+    if (isChosen_ || !FileExists(path)) return result;
+    isChosen_ = true;
+  }
+  Reload(false);
+  return result;
 }
 
 void GrainloomAudioStreamPlugin::ParameterChanged(int32_t index) {
@@ -113,6 +130,7 @@ bool GrainloomAudioStreamPlugin::LoadState(MXMLItem& item) {
     MStoreShared(rows_[kColorOffset].real.value, item.CachedAttribute().ToDouble());
   {
     const MLocker locker(lock_);
+    isChosen_ = true;
     subpath_ = item.GetAttribute("subpath", kDefaultSubpath);
     fileName_ = item.GetAttribute("filename", kDefaultFileName);
     MLoadCurve(envelope_, item, "envelope");
@@ -143,6 +161,7 @@ void GrainloomAudioStreamPlugin::StateLoaded() {
 void GrainloomAudioStreamPlugin::SelectLibrary(const MString& subpath, const MString& fileName) {
   {
     const MLocker locker(lock_);
+    isChosen_ = true;
     subpath_ = subpath;
     fileName_ = fileName;
   }

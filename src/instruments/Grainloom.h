@@ -19,6 +19,7 @@ class GrainloomAudioStreamPlugin final : public MAudioStreamPlugin {
   GrainloomAudioStreamPlugin();
   ~GrainloomAudioStreamPlugin() override;
 
+  int32_t Prepare(int32_t channels, int32_t sampleRate) override;               // [host]
   void ParameterChanged(int32_t index) override;                                // [host]
   bool SaveState(MXMLItem& item) override;                                      // [host]
   bool LoadState(MXMLItem& item) override;                                      // [host]
@@ -65,6 +66,7 @@ class GrainloomAudioStreamPlugin final : public MAudioStreamPlugin {
   enum { kColorOffset, kVolumeDeviance, kOffsetDeviance, kRowCount };
   MPluginParameter rows_[kRowCount];
   // Under the lock.
+  bool isChosen_ = false;  // a state or a file, or the default one was tried
   MString subpath_;
   MString fileName_;
   MEnvelopeData envelope_;

@@ -11,7 +11,7 @@ namespace {
 MStreamRequest Limit(MStreamRequest request) noexcept {
   request.delay = std::max(request.delay, 0);
   if (!std::isfinite(request.volume)) request.volume = 0;
-  request.volume = std::clamp(request.volume, -1e30, 1e30);
+  request.volume = std::clamp(request.volume, -1e15, 1e15);
   if (!std::isfinite(request.ratio) || request.ratio <= 0) request.ratio = 1;
   request.ratio = std::clamp(request.ratio, 1e-6, 1e6);
   return request;

@@ -20,7 +20,7 @@ class MAudioStreamPlugin : public MPlugin {
   virtual int32_t Prepare(int32_t channels, int32_t sampleRate);
   // Makes a stream and stores its handle in the request's result: 0. Or, without a sound, a request or a
   // place for the result: 1, and nothing is stored. A failure is reported and gives 1. A delay below 0 is 0;
-  // a volume that is not finite is 0, and all others are limited to -1e30..1e30, so that samples stay finite;
+  // a volume that is not finite is 0, and all others are limited to -1e15..1e15, so that samples stay finite;
   // a ratio that is not finite or not above 0 is 1, and all others are limited to 1e-6..1e6. Allocates.
   // [audio]
   virtual int32_t CreateStream(MStreamRequest* request);

@@ -1,24 +1,31 @@
 #include "tests/common/StreamSuite.h"
 
+#include "tests/audiofiles/MultiSampleInTest.h"
 #include "tests/instruments/GrainloomUnderTest.h"
 
 namespace {
 
-// A stereo sound that falls over 0.3 s.
-void WriteTone(const ContentFolder& content, const std::string& name) {
+// A sound that falls over 0.3 s.
+std::vector<float> Tone(double step) {
   constexpr int32_t kLength = 13230;
-  std::vector<std::vector<float>> channels(2);
-  for (int32_t i = 0; i < kLength; ++i) {
-    const double fall = 1 - static_cast<double>(i) / kLength;
-    channels[0].push_back(static_cast<float>(0.5 * fall * std::sin(0.07 * i)));
-    channels[1].push_back(static_cast<float>(0.4 * fall * std::sin(0.11 * i)));
-  }
-  content.WriteSample(name, channels);
+  std::vector<float> tone;
+  for (int32_t i = 0; i < kLength; ++i)
+    tone.push_back(static_cast<float>(0.5 * (1 - static_cast<double>(i) / kLength) * std::sin(step * i)));
+  return tone;
 }
 
 std::string PrepareSample(ContentFolder& content) {
-  WriteTone(content, "Samples/Suite/tone.wav");
+  content.WriteSample("Samples/Suite/tone.wav", {Tone(0.07), Tone(0.11)});
   return R"(<state subpath="Suite" filename="tone.wav"/>)";
+}
+
+std::string PrepareTracks(ContentFolder& content) {
+  MultiSampleInTest file;
+  file.rate = 44100;
+  file.tracks = {R"(<track name="a" volume="1" pan="0.25"/>)", R"(<track name="b" volume="0.5" pan="-1"/>)"};
+  file.takes = {{1, 0, {TrackInTest::Of(Tone(0.07)), TrackInTest::Of(Tone(0.11))}}};
+  content.GetFolder().WriteFile("MultiSamples/suite.qxMultiSample", file.Make());
+  return R"(<state filename="suite.qxMultiSample"/>)";
 }
 
 std::string PrepareLibrary(ContentFolder& content) {
@@ -41,13 +48,22 @@ std::string PrepareChains(ContentFolder&) {
   </state>)";
 }
 
-// An instrument joins the suite with a row here.
+// Every instrument has a row, by name.
 const std::vector<StreamSound> kSounds = {
     {"Grainloom", false, PrepareLibrary, {StreamAllowance::kLocks}},
+    {"Layerbox", false, PrepareTracks, {StreamAllowance::kLocks, StreamAllowance::kDelaySkips}},
     {"Playbox", false, PrepareSample},
     {"Toneloom4NN", true, PrepareChains},
     {"Vinylrake", false, PrepareSample},
 };
+
+TEST(StreamSounds, EveryInstrumentHasOne) {
+  std::vector<std::string> instruments, sounds;
+  for (const PluginEntry& entry : GetAllInstruments()) instruments.push_back(entry.name);
+  for (const StreamSound& sound : kSounds) sounds.push_back(sound.instrument);
+  std::sort(instruments.begin(), instruments.end());
+  EXPECT_EQ(instruments, sounds);
+}
 
 }  // namespace
 

@@ -1,6 +1,6 @@
 #pragma once
-// The suite of every instrument that has a row in StreamSuite.cpp: what any host does with any of them. What
-// a single instrument promises beyond that lies in tests/instruments.
+// The suite of every instrument: what any host does with any of them. An instrument joins it with a row in
+// StreamSuite.cpp. What a single one promises beyond that lies in tests/instruments.
 
 #include <gtest/gtest.h>
 

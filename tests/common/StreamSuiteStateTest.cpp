@@ -54,16 +54,6 @@ TEST_P(StreamSuite, SavedStateGivesTheSameTextAndAudio) {
   }
 }
 
-TEST_P(StreamSuite, EmptyStateIsThatOfANewInstrument) {
-  StreamUnderTest instrument(GetEntry());
-  const std::string fresh = instrument.Save();
-  if (!GetParam().soundsWhenNew) GTEST_SKIP() << "what an instrument without a file says is its own matter";
-  PrepareSound(instrument);
-  EXPECT_NE(instrument.Save(), fresh);
-  instrument.Load("<state/>");
-  EXPECT_EQ(instrument.Save(), fresh);
-}
-
 TEST_P(StreamSuite, WithoutASoundThereIsNoNote) {
   StreamUnderTest instrument(GetEntry());
   instrument.Prepare(2, kRate);

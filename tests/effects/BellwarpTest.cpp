@@ -133,6 +133,20 @@ TEST(Bellwarp, SkippingMovesBothPhasesLikeZerosDo) {
   }
 }
 
+TEST(Bellwarp, SkippingABillionSamplesKeepsBothPhases) {
+  TestRandom random;
+  const AudioBlock later = AudioBlock::Noise(2, 2000, random);
+  for (const bool isModulating : {false, true}) {
+    const Oscillator both[] = {{true, 1, 20, 0.1, 1}, {true, 0.5, 1500, 0.2, 5}};
+    BellwarpUnderTest bellwarp;
+    bellwarp.Set(isModulating, both);
+    bellwarp.Prepare(2, kRate);
+    bellwarp.Skip(1000000000);
+    // Periods of 2400 and of 32 samples.
+    ExpectClose(bellwarp.Answer(later, {512}), Model(later, isModulating, both, 1600 / 2400.0, 0));
+  }
+}
+
 TEST(Bellwarp, AnOscillatorThatIsOffRestsInBlocksAndMovesWhileTimeIsSkipped) {
   TestRandom random;
   const AudioBlock in = AudioBlock::Noise(2, 120, random);

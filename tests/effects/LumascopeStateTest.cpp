@@ -2,9 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <atomic>
-#include <thread>
-
 #include "core/MXMLItem.h"
 #include "tests/effects/LumascopeUnderTest.h"
 
@@ -150,35 +147,6 @@ TEST_F(LumascopePicture, AComparisonThatCannotBeReadLeavesTheOneThatIsThere) {
     Load(effect_, item);
     EXPECT_EQ(Show(all_).comparison, before.comparison);
   }
-}
-
-// For ThreadSanitizer.
-TEST_F(LumascopePicture, HostAndEditorMayWorkWhileBlocksAreMeasured) {
-  TestRandom random, hostRandom(random.GetSeed() + 1);
-  std::atomic<bool> isDone = false;
-  std::thread host([&] {
-    for (int32_t i = 0; i < 60; ++i) {
-      effect_.SetAllAtRandom(hostRandom);
-      MXMLItem item("state");
-      Save(item);
-      Load(effect_, item);
-    }
-    isDone = true;
-  });
-  std::thread editor([&] {
-    while (!isDone) {
-      effect_.GetPlugin().SetFrozen(!effect_.GetPlugin().IsFrozen());
-      effect_.GetPlugin().SetView({true, true, true});
-      for (const double level : effect_.GetPlugin().GetPicture().current) EXPECT_TRUE(std::isfinite(level));
-      Compare();
-    }
-  });
-  while (!isDone) {
-    effect_.Answer(AudioBlock::Noise(2, random.Below(3000), random), {100});
-    effect_.Skip(500);
-  }
-  host.join();
-  editor.join();
 }
 
 }  // namespace

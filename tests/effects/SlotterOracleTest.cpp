@@ -23,12 +23,15 @@ class SlotterModel {
       if (values_[kLowEnable] != 0)
         for (int32_t i = 0; i < in.GetLength(); ++i)
           samples[i] = static_cast<float>(lowStates_[c].Run(low_, samples[i]));
+      for (int32_t i = 0; i < in.GetLength(); ++i)
+        innerPeak_ = std::max(innerPeak_, std::abs(double{samples[i]}));
       if (values_[kHighEnable] != 0)
         for (int32_t i = 0; i < in.GetLength(); ++i)
           samples[i] = static_cast<float>(highStates_[c].Run(high_, samples[i]));
     }
     return out;
   }
+  double GetInnerPeak() const { return innerPeak_; }
   bool IsSilent(bool&) const { return true; }
 
  private:
@@ -45,6 +48,7 @@ class SlotterModel {
   double values_[8] = {};
   ResonantModel low_, high_;
   ResonantModelState lowStates_[8], highStates_[8];
+  double innerPeak_ = 0;
 };
 
 TEST(Slotter, AgreesWithAPlainModelInRandomScenarios) {

@@ -30,6 +30,7 @@ class WidenorModel {
       if (isDelayed) {
         const double x = double{lines_[0][position_]} - double{lines_[1][position_]};
         for (int32_t c = 0; c < 2; ++c) lines_[c][position_] = static_cast<float>(band[c]);
+        innerPeak_ = std::max({innerPeak_, std::abs(band[0]), std::abs(band[1])});
         position_ = (position_ + 1) % lines_[0].size();
         sum += x * static_cast<float>(values_[kDelayDepth]);
       }
@@ -38,6 +39,7 @@ class WidenorModel {
     }
     return out;
   }
+  double GetInnerPeak() const { return innerPeak_; }
   bool IsSilent(bool& isClose) const {
     bool isSilent = true;
     for (const std::vector<float>& line : lines_) {
@@ -82,6 +84,7 @@ class WidenorModel {
   ResonantModelState low_[2], high_[2];
   std::vector<float> lines_[2];
   std::size_t position_ = 0;
+  double innerPeak_ = 0;
 };
 
 TEST(Widenor, AgreesWithAPlainModelInRandomScenarios) {

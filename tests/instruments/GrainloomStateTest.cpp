@@ -1,9 +1,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
-
 #include "core/MMemoryStream.h"
 #include "dsp/MRandomSequence.h"
 #include "tests/common/TestRandom.h"
@@ -12,7 +9,6 @@
 
 namespace {
 
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 // The state of a plug-in as a text.
@@ -49,13 +45,6 @@ TEST(GrainloomState, HoldsRowsFileEnvelopeAndTenBands) {
   EXPECT_EQ(second.GetAttribute("OffsetModif"), "-3");
   EXPECT_EQ(second.GetAttribute("Volume"), "0.123456791");
   EXPECT_EQ(generator.GetChildren()[2]->GetAttribute("Offset"), "100") << "the library's first bin";
-}
-
-TEST(GrainloomState, OfANewPluginIsTheGoldenOne) {
-  std::ifstream file(SONVELLE_GOLDEN_STATES "/Grainloom.xml", std::ios::binary);
-  const std::string golden(std::istreambuf_iterator<char>(file), {});
-  GrainloomUnderTest grainloom;
-  EXPECT_EQ(StateOf(grainloom), golden);
 }
 
 TEST(GrainloomState, ComesBackWithTheSameTextAndSound) {

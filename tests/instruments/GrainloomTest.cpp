@@ -39,6 +39,17 @@ TEST_F(Grainloom, NewPluginHasNoSampleAndMakesNoStream) {
   EXPECT_TRUE(grainloom.reported.Get().empty());
 }
 
+TEST_F(Grainloom, NewPluginPlaysTheDefaultLibraryFromItsFirstFormatOn) {
+  grainloom.WriteLibrary(SmallLibrary(3, 9000));
+  grainloom.Call(MService::kPrepareStreams, 2, 44100);
+  ASSERT_NE(grainloom->GetSample(), nullptr);
+  MXMLItem state("state");
+  state.SetAttribute("filename", "none.qxSubSampleLib");
+  grainloom.Load(state);
+  grainloom.Call(MService::kPrepareStreams, 2, 44100);
+  EXPECT_EQ(grainloom->GetSample(), nullptr) << "a state is the user's choice";
+}
+
 TEST_F(Grainloom, RowsAreThoseOfTheTable) {
   auto* const block = MAsAddress<MPluginPublicBlock>(grainloom.Call(MService::kPublicBlock));
   ASSERT_EQ(block->parameterCount, 3);

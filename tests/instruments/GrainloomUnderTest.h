@@ -1,6 +1,8 @@
 #pragma once
 // Grainloom with a configuration of its own, whose folder of subsample libraries the test fills.
 
+#include <gtest/gtest.h>
+
 #include <cmath>
 #include <memory>
 #include <string>
@@ -8,29 +10,18 @@
 
 #include "core/MXMLItem.h"
 #include "instruments/Grainloom.h"
-#include "plugin/SonvelleConfiguration.h"
 #include "tests/audiofiles/SubSampleFile.h"
-#include "tests/common/DataFolder.h"
 #include "tests/common/ReportedTexts.h"
+#include "tests/common/TestRandom.h"
+#include "tests/instruments/ContentFolder.h"
 
 class GrainloomUnderTest {
  public:
-  GrainloomUnderTest() {
-    data_.Write("SonvelleConfiguration.cfg",
-                "<SonvelleCfg GlobalPath=\"" + content_.GetPath().string() + "\"/>");
-    SonvelleConfiguration::Create();
-    plugin_.reset(new GrainloomAudioStreamPlugin);
-    Call(MService::kPrepareStreams, 2, 44100);
-  }
+  GrainloomUnderTest() { Call(MService::kPrepareStreams, 2, 44100); }
   GrainloomUnderTest(const GrainloomUnderTest&) = delete;
   GrainloomUnderTest& operator=(const GrainloomUnderTest&) = delete;
-  ~GrainloomUnderTest() {
-    plugin_.reset();
-    SonvelleConfiguration::Destroy();
-  }
 
   GrainloomAudioStreamPlugin* operator->() { return plugin_.get(); }
-  GrainloomAudioStreamPlugin& operator*() { return *plugin_; }
 
   void WriteLibrary(const SubSampleFile& file,
                     const std::string& name = "Natural/Natural Bass.qxSubSampleLib") {
@@ -38,8 +29,8 @@ class GrainloomUnderTest {
   }
   void WriteBytes(const std::string& bytes, const std::string& name = "Natural/Natural Bass.qxSubSampleLib") {
     const std::filesystem::path path = std::filesystem::path("SubSampleLibraries") / name;
-    std::filesystem::create_directories(content_.GetPath() / path.parent_path());
-    content_.WriteFile(path.string(), bytes);
+    std::filesystem::create_directories(content_.GetFolder().GetPath() / path.parent_path());
+    content_.GetFolder().WriteFile(path.string(), bytes);
   }
 
   MWord Call(int32_t service, MWord a = 0, MWord b = 0, MWord c = 0) {
@@ -92,9 +83,8 @@ class GrainloomUnderTest {
   ReportedTexts reported;
 
  private:
-  DataFolder data_;
-  TemporaryFolder content_;
-  std::unique_ptr<GrainloomAudioStreamPlugin> plugin_;
+  ContentFolder content_;
+  std::unique_ptr<GrainloomAudioStreamPlugin> plugin_{new GrainloomAudioStreamPlugin};
 };
 
 // A library whose bands have some stereo sounds of 16 bins each, but for the last band, which is empty.

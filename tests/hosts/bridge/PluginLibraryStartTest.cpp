@@ -44,7 +44,7 @@ TEST_F(PluginLibraryStart, HappensOnceBeforeAnyPluginAndWithTheProgramsOwnAlloca
 
 TEST_F(PluginLibraryStart, IsNoConditionForPluginsButForServices) {
   const bridge::PluginLibrary library(SONVELLE_FAKE_LIBRARY);  // has no initialiser
-  ASSERT_EQ(library.GetPlugins().size(), 1u);
+  ASSERT_EQ(library.GetPlugins().size(), 2u);
   bridge::Plugin plugin(library.GetPlugins()[0].entryPoint);
   EXPECT_EQ(plugin.GetLatency(), 7);
   MServiceArguments arguments;

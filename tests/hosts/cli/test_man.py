@@ -22,7 +22,7 @@ class ManPage(CommandCase):
         self.assertIn("register", commands)
         for command in commands:
             self.assertIn(f"\n.SS {command}\n\\fBsonvelle {command}\\fR", page)
-            for option in re.findall(r"^  (--\w+)", self.succeed("help", command), re.M):
+            for option in re.findall(r"^  (--[\w-]+)", self.succeed("help", command), re.M):
                 self.assertIn(f"\\fB{option}\\fR", page)
         self.assertIn("\nFile names that begin with", page)
         for section in ("NAME", "SYNOPSIS", "DESCRIPTION", "COMMANDS", "EXIT STATUS", "FILES", "EXAMPLES"):
