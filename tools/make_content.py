@@ -18,20 +18,31 @@ from pathlib import Path
 from content import bass, drum, sounds, synthesis
 
 
-def write_samples(out):
+def write_samples(folder):
     for name, make in sounds.SOUNDS.items():
-        synthesis.write(out / f"{name}.wav", synthesis.scaled(make()))
+        synthesis.write(folder / f"{name}.wav", synthesis.scaled(make()))
 
 
 def write_drum(folder):
     for layer, take, tracks in drum.recordings():
         for track, channels in tracks.items():
-            synthesis.write(folder / f"{layer} {take} {track}.wav", channels)
+            synthesis.write(folder / f"Drum v{layer} {take} {track}.wav", channels)
 
 
 def write_bass(folder):
     for name, channels in bass.tones().items():
         synthesis.write(folder / f"{name}.wav", channels)
+
+
+def make_library(command, subcommand, write, out, *options):
+    """Has the command make a library of recordings that are written into a folder which goes again."""
+    out.parent.mkdir(parents=True, exist_ok=True)
+    with tempfile.TemporaryDirectory() as folder:
+        recordings = Path(folder) / "recordings"
+        write(recordings)
+        # The library keeps its settings in that folder: never in the user's.
+        subprocess.run([command.resolve(), subcommand, recordings, out, *options], check=True, stdout=subprocess.DEVNULL,
+                       env=os.environ | {"XDG_DATA_HOME": folder})
 
 
 def main(arguments):
@@ -40,6 +51,10 @@ def main(arguments):
     parser.add_argument("out", type=Path)
     options = parser.parse_args(arguments)
     write_samples(options.out / "Samples")
+    make_library(options.command, "make-multisample", write_drum, options.out / "MultiSamples" / "Sonvelle Drum.qxMultiSample",
+                 "--compress", "zlib")
+    make_library(options.command, "make-subsamples", write_bass,
+                 options.out / "SubSampleLibraries" / "Natural" / "Natural Bass.qxSubSampleLib")
 
 
 if __name__ == "__main__":

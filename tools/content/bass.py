@@ -38,7 +38,7 @@ def tones():
         "Pick": mix((1, decaying(4, plucked(0.12, 24), 9)), (0.3, pick)),
         "Muted": low_pass(decaying(1.2, plucked(0.2, 10), 2), 700),
         "Upright": mix((1, decaying(2.2, plucked(0.4, 14), 3)), (0.2, low_pass(noise(22, 0.05, frames), 300))),
-        "Sub": drive(glide(C3 * 1.5, C3, 0.02, 5, frames), 1.3),
+        "Warm": mix((1, drive(glide(C3 * 1.2, C3, 0.01, 4, frames), 1.2)), (0.5, decaying(3, plucked(0.35, 10), 3))),
         "Saw": low_pass(sustained([1 / n for n in range(1, 40)], 5), 1200),
         "Hollow": sustained(reed, 6),
         "Driven": drive(decaying(5, plucked(0.25, 16), 6), 4),

@@ -2,7 +2,7 @@
 
 from content.synthesis import drive, faded, frames_of, glide, high_pass, low_pass, mix, noise, partial
 
-LAYERS = (("soft", 0.16), ("medium", 0.42), ("hard", 0.9))
+FORCES = (0.16, 0.42, 0.9)  # of the layers
 TAKES = 3
 SECONDS = 0.55
 # Of the room: delays in samples and what comes back, for left and right.
@@ -11,7 +11,7 @@ COMBS = ((1187, 1423, 1693, 1931), (1249, 1367, 1747, 1873))
 
 def close(layer, take):
     """The harder a stroke, the higher the bend of the skin's pitch, the brighter the stick."""
-    force = LAYERS[layer][1]
+    force = FORCES[layer]
     frames = frames_of(SECONDS)
     pitch = 128 * (1 + 0.006 * (take - 1))
     skin = mix((1, glide(pitch * (1.1 + 0.5 * force), pitch, 0.03, 0.5, frames)),
@@ -40,10 +40,10 @@ def room(dry):
 
 
 def recordings():
-    """(layer's name, take, {track: channels}) with the levels that the layers have to each other."""
-    for layer, (name, force) in enumerate(LAYERS):
+    """(layer, take, {track: channels}), layers and takes from 1 on, with the levels that they have to each other."""
+    for layer, force in enumerate(FORCES):
         for take in range(TAKES):
             dry = close(layer, take)
             level = force * (1 - 0.04 * take) / max(map(abs, dry))
             dry = [level * value for value in dry]
-            yield name, take + 1, {"Close": [dry], "Room": room(dry)}
+            yield layer + 1, take + 1, {"Close": [dry], "Room": room(dry)}

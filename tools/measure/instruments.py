@@ -14,7 +14,7 @@ from measure.piece import FADE_FRAMES, NOTE_RATE
 from measure.signals import decibels
 from states.curves import add_curve
 from states.samplers import layerbox, playbox, vinylrake
-from states.spectra import grainloom
+from states.spectra import grainloom, plain
 from states.synthesizer import C4, SINE, oscillator, toneloom
 
 SECONDS = 10  # of the tone, which all notes of the piece are shorter than
@@ -50,6 +50,23 @@ def table_sine(ratio, frames):
         out.append(LEVEL * (table[i] + (place - i) * (table[(i + 1) % 8192] - table[i])))
         place = (place + step) % 8192
     return out
+
+
+def read(sound, ratio, frames):
+    """A sound at a speed: the cubic through its samples, Catmull and Rom's."""
+    out, padded = [], [0.0, *sound, 0.0, 0.0]
+    for i in range(min(frames, math.floor((len(sound) - 1) / ratio) + 1)):
+        at = int(i * ratio)
+        t = i * ratio - at
+        before, here, next, behind = padded[at : at + 4]
+        bend = 2 * next + before - 0.5 * (5 * here + behind) + 0.5 * t * (3 * (here - next) - before + behind)
+        out.append(here + t * (0.5 * (next - before) + t * bend))
+    return out
+
+
+def steady(signal):
+    """Without what Grainloom fades in and out."""
+    return signal[4096:-200]
 
 
 class InstrumentLab(Lab):
@@ -186,8 +203,29 @@ def vinylrake_rows(lab):
                    lambda ratio, frames: tone(ratio**2, frames), pitch=2, shortening=2)
 
 
+def layerbox_rows(lab):
+    """The volume is the velocity as well, so it acts twice."""
+    lab.run("make-multisample", lab.write_tone().parent, lab.content / "MultiSamples" / "Tone.qxMultiSample")
+    return measure(lab, "Layerbox", lambda envelope: layerbox((1,), envelope=envelope, file="Tone"), tone, level=2)
+
+
+def grainloom_rows(lab):
+    """The tone that comes of the spectra, at key 60, is the sound that other keys read at another speed."""
+    lab.run("make-subsamples", lab.write_tone(), lab.content / "SubSampleLibraries" / "Natural" / "Tone.qxSubSampleLib")
+
+    def tone_state(envelope):
+        return grainloom(plain((0,) * 10), 0, envelope, file="Tone")
+
+    sound = lab.note("Grainloom", tone_state(FLAT), seconds=SECONDS)
+    difference = signals.greatest_difference(steady(sound), [value / LEVEL for value in steady(tone(1, len(sound)))])
+    spectra = exact(TONE, "key 60", "greatest difference from the tone that it was made of, at a peak of 1", difference, 1e-5)
+    return [spectra] + measure(lab, "Grainloom", tone_state, lambda ratio, frames: read(sound, ratio, frames))
+
+
 MEASUREMENTS = {
     "Toneloom4NN": toneloom_4nn,
     "Playbox": playbox_rows,
     "Vinylrake": vinylrake_rows,
+    "Layerbox": layerbox_rows,
+    "Grainloom": grainloom_rows,
 }

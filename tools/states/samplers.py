@@ -43,9 +43,9 @@ VINYLRAKE = {
 CLOSE, ROOM = range(2)
 
 
-def layerbox(volumes, pans=(0, 0), solo=-1, envelope=FLAT, velocity=((0, 0), (1, 1)), single=False):
-    root = state(subpath="", filename="Sonvelle Drum.qxMultiSample", solo=solo, parametersinglesample=int(single))
-    add_curve(root, "velocity", velocity)
+def layerbox(volumes, pans=(0, 0), solo=-1, envelope=FLAT, single=False, file="Sonvelle Drum"):
+    root = state(subpath="", filename=f"{file}.qxMultiSample", solo=solo, parametersinglesample=int(single))
+    add_curve(root, "velocity", [(0, 0), (1, 1)])
     add_curve(root, "envelope", envelope)
     for track, (volume, pan) in enumerate(zip(volumes, pans)):
         root.set(f"volume{track}", str(volume))

@@ -4,11 +4,16 @@ import os
 import shutil
 import subprocess
 import unittest
+from pathlib import Path
 
-from command_case import CommandCase
+from command_case import CommandCase, Wav
 
 BUILD = os.environ["SONVELLE_BUILD"]
 PREFIX = os.environ["SONVELLE_PREFIX"]  # that the build was configured with
+
+
+def names(folder):
+    return sorted(str(path.relative_to(folder)) for path in folder.rglob("*"))
 
 
 class Install(CommandCase):
@@ -21,6 +26,19 @@ class Install(CommandCase):
         self.assertIn("Echolan", self.succeed("list"))
         self.assertEqual([path.name for path in prefix.rglob("*.so")], ["Sonvelle.so"])
         self.assertEqual((prefix / "share/man/man1/sonvelle.1").read_text(), self.succeed("help", "--man"))
+        if (Path(BUILD) / "content").is_dir():
+            self.expect_content(prefix)
+
+    def expect_content(self, prefix):
+        """Everything that was built, and a state of it plays from anywhere."""
+        content = prefix / "share/sonvelle"
+        self.assertEqual(names(content), [name for name in names(Path(BUILD) / "content") if not name.startswith(".")])
+        self.succeed("register", cwd="/")
+        state = content / "states/Playbox/Church bell.xml"
+        self.succeed("render", "Playbox", self.path("bell.wav"), "--state", state, "--note", "60:1:0:1", cwd="/")
+        self.assertGreater(max(Wav(self.path("bell.wav")).interleaved), 0.5)
+        self.path("bell.wav").unlink()
+        (self.data / "Tessaron/SonvelleConfiguration.cfg").unlink()
 
     def test_into_a_prefix(self):
         prefix = self.path("a prefix")
