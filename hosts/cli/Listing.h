@@ -7,7 +7,10 @@
 #include "hosts/bridge/Plugin.h"
 #include "hosts/bridge/PluginTable.h"
 
+class MAudioBuffer;
+class MMultiSampleFile;
 class MResourceLibrary;
+class MSubSampleLibrary;
 
 namespace cli {
 
@@ -22,6 +25,15 @@ std::string ParametersAsJson(const bridge::Plugin& plugin);
 
 // The items in the order of the index, with the sizes that it states.
 std::string ResourcesAsJson(const MResourceLibrary& library);
+
+// "peak" is the greatest magnitude of all samples, those that are no number left out; null for infinity.
+std::string SampleAsJson(const MAudioBuffer& sample);
+
+// "length" is that of the longest take; null stands for a volume or pan that is no number.
+std::string MultisampleAsJson(const MMultiSampleFile& file);
+
+// The bands with their place in the spectrum and how many sounds they have.
+std::string SubsamplesAsJson(const MSubSampleLibrary& library);
 
 // What became of notes: made, and ended, null where the sound did not end by itself.
 std::string NotesAsJson(const std::vector<NoteResult>& notes);

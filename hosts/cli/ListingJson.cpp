@@ -1,5 +1,9 @@
+#include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "audiofiles/MMultiSampleFile.h"
+#include "audiofiles/MSubSampleLibrary.h"
+#include "core/MAudioBuffer.h"
 #include "hosts/cli/InstrumentRender.h"
 #include "hosts/cli/Listing.h"
 #include "resources/MResourceLibrary.h"
@@ -17,6 +21,16 @@ std::string Print(const Json& json) {
 
 Json Number(const MPluginParameter& row, double value) {
   return bridge::IsWhole(row) ? Json(static_cast<int32_t>(value)) : Json(value);
+}
+
+float GetPeak(const MAudioBuffer& sample) {
+  float peak = 0;
+  for (int32_t c = 0; c < sample.GetChannelCount(); ++c)
+    for (int32_t i = 0; i < sample.GetLength(); ++i) {
+      const float magnitude = std::abs(sample.GetChannel(c)[i]);
+      if (magnitude > peak) peak = magnitude;
+    }
+  return peak;
 }
 
 }  // namespace
@@ -56,6 +70,36 @@ std::string ResourcesAsJson(const MResourceLibrary& library) {
   for (const MResource* const resource : library.GetResources())
     resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
   return Print({{"kind", "resources"}, {"resources", resources}});
+}
+
+std::string SampleAsJson(const MAudioBuffer& sample) {
+  return Print({{"kind", "sample"},
+                {"channels", sample.GetChannelCount()},
+                {"rate", sample.sampleRate},
+                {"length", sample.GetLength()},
+                {"bits", sample.bitDepth},
+                {"peak", GetPeak(sample)}});
+}
+
+std::string MultisampleAsJson(const MMultiSampleFile& file) {
+  Json tracks = Json::array();
+  for (const MMultiSampleFile::Track& track : file.GetTracks())
+    tracks.push_back({{"name", bridge::ToUtf8(track.name)}, {"volume", track.volume}, {"pan", track.pan}});
+  return Print({{"kind", "multisample"},
+                {"rate", file.GetSampleRate()},
+                {"takes", file.GetTakes().size()},
+                {"layers", file.GetLayers().size()},
+                {"length", file.GetLongest()},
+                {"tracks", tracks}});
+}
+
+std::string SubsamplesAsJson(const MSubSampleLibrary& library) {
+  Json bands = Json::array();
+  for (int32_t b = 0; b < MSubSampleLibrary::kBands; ++b) {
+    const MSubSampleLibrary::Band& band = library.GetBand(b);
+    bands.push_back({{"first", band.firstBin}, {"bins", band.binCount}, {"count", band.GetCount()}});
+  }
+  return Print({{"kind", "subsamples"}, {"rate", library.GetRate()}, {"bands", bands}});
 }
 
 std::string NotesAsJson(const std::vector<NoteResult>& notes) {

@@ -1,14 +1,16 @@
 """What `info` tells of files."""
 
 import json
+import math
 import os
 import shutil
+import struct
 import subprocess
 import sys
 import unittest
 from pathlib import Path
 
-from command_case import COMMAND, FILE, USAGE, CommandCase, InstalledCase, UserCase, wav_bytes
+from command_case import COMMAND, FILE, USAGE, CommandCase, InstalledCase, UserCase, float_wav, wav_bytes
 
 TOOL = Path(os.environ["SONVELLE_SOURCES"]) / "tools/make_resources.py"
 ITEMS = {"Peak": b"p" * 1708, "Low shelf": b"", "\u00d6l": b"abc"}
@@ -75,20 +77,76 @@ class WithoutLibrary(InstalledCase):
         shutil.copy(TOOL, self.path("x"))
         subprocess.run([sys.executable, "-B", TOOL, self.path("a.mrf"), f"x={self.path('x')}"], check=True)
         self.assertIn('"x"', self.succeed("info", "a.mrf"))
+        self.write("a.wav", wav_bytes(bytes(4)))
+        self.assertIn('"sample"', self.succeed("info", "a.wav"))
 
 
-class OtherKinds(CommandCase):
-    def test_cannot_be_read_yet(self):
-        for name, kind in (("a.wav", "samples"), ("a", "samples"), ("mrf", "samples"), ("a.QXMULTISAMPLE", "multisamples"),
-                           ("a.qxSubSampleLib", "subsample libraries")):
-            self.write(name, wav_bytes(b"\0\1" * 100))
-            self.fail_with(FILE, "info", name, says=(f"{name}: {kind} cannot be read yet",))
+def zsd_bytes(channels, length, rate, peak, integers):
+    return b"ZSD1" + bytes(32) + struct.pack("<iiif", rate, channels, length, peak) + bytes(8) + struct.pack(
+        f"<{len(integers)}i", *integers)
+
+
+def layer_one_bytes(frames):
+    """MPEG-1 layer I, 32 kbit/s, mono, 44.1 kHz: frames of 32 bytes without any samples."""
+    return (b"\xff\xff\x10\xc0" + bytes(28)) * frames
+
+
+class Samples(CommandCase):
+    def info(self, name, data):
+        return json.loads(self.succeed("info", self.write(name, data)))
+
+    def test_are_described(self):
+        got = self.info("a.wav", wav_bytes(struct.pack("<6h", 0, 5, -32767, 7, 0, 1), channels=2, rate=32000))
+        self.assertEqual(got, {"kind": "sample", "channels": 2, "rate": 32000, "length": 3, "bits": 16, "peak": 1.0})
+        self.assertEqual(list(got), ["kind", "channels", "rate", "length", "bits", "peak"])
+        got = self.info("a.zsd", zsd_bytes(3, 2, 8000, 0.25, [0, 0, 0, 0, 0, -0x80000000]))
+        self.assertEqual(got, {"kind": "sample", "channels": 3, "rate": 8000, "length": 2, "bits": 32, "peak": 0.25})
+        got = self.info("a.mp3", b"ID3\3\0\0\0\0\0\5hello" + layer_one_bytes(5) + b"TAG" + bytes(125))
+        self.assertEqual(got, {"kind": "sample", "channels": 1, "rate": 44100, "length": 1920, "bits": 16, "peak": 0})
+
+    def test_are_what_their_extension_says(self):
+        for name in ("b.WAV", "c.x.Wav"):
+            self.assertEqual(self.info(name, wav_bytes(bytes(10)))["length"], 5)
+        for name in ("a", "mrf", "a.aiff", "wav"):
+            self.assertEqual(self.info(name, zsd_bytes(1, 1, 1, 1, [5]))["length"], 1)
+            self.write(name, wav_bytes(bytes(100)))
+            self.fail_with(FILE, "info", name, says=(f"{name}, byte 0: it cannot be read as a sample",),
+                           last="Invalid file contents. Invalid ZSD header.")
+
+    def test_have_a_peak_whatever_their_numbers(self):
+        self.assertEqual(self.info("a.wav", float_wav([[math.nan, -2.5, 1]]))["peak"], 2.5)
+        self.assertEqual(self.info("a.wav", float_wav([[math.nan]]))["peak"], 0)
+        self.assertIsNone(self.info("a.wav", float_wav([[-math.inf, 1]]))["peak"])
+
+    def test_that_are_damaged_give_code_1_and_the_exact_message_and_place(self):
+        for name, data, place, last in (
+                ("a.wav", b"RIFF", "byte 0", "No WAVe header found."),
+                ("a.wav", wav_bytes(bytes(10), channels=9), "byte 20", "Invalid WAVe file format tag contents."),
+                ("a.wav", wav_bytes(bytes(10), size=2000000000), "byte 44", "Could not load WAV samples."),
+                ("a.zsd", zsd_bytes(8, 0x7FFFFFFF, 1, 1, []), "byte 60", "Could not load samples."),
+                ("a.mp3", b"", "byte 0", "MPEG stream header error."),
+                ("a.mp3", b"\xff\xfb\0\0" * 100, "byte 0", "Error initializing MPEG decoder."),
+                ("a.mp3", layer_one_bytes(1)[:-1], "byte 0", "Error decompressing MPEG stream.")):
+            self.write(name, data)
+            self.fail_with(FILE, "info", name, says=(f"{name}, {place}: it cannot be read as a sample",),
+                           last="Invalid file contents. " + last)
+        self.write("a.wav", wav_bytes(bytes(10), bits=12))
+        self.fail_with(FILE, "info", "a.wav", says=("a.wav, byte 44",), last="Invalid source bitrate.")
 
     def test_that_are_not_there_are_told(self):
-        self.fail_with(FILE, "info", "missing.wav", says=("missing.wav: No such file or directory",))
-        self.fail_with(FILE, "info", "", says=("No such file or directory",))
-        self.fail_with(FILE, "info", self.folder, says=("Is a directory",))
+        for name in ("missing.wav", "", "no folder/a.mp3"):
+            self.fail_with(FILE, "info", name, says=(f"{name}: it cannot be read as a sample",),
+                           last=f'File "{name}" could not be open. Make sure it exists.')
+        self.path("folder.wav").mkdir()
+        self.fail_with(FILE, "info", "folder.wav", says=("folder.wav",),
+                       last='File "folder.wav" could not be open. Make sure it exists.')
 
+    def test_touch_neither_the_library_nor_its_settings(self):
+        self.info("a.wav", wav_bytes(bytes(4)))
+        self.assertEqual(list(self.data.rglob("*")), [])
+
+
+class Usage(CommandCase):
     def test_a_name_is_needed(self):
         self.fail_with(USAGE, "info", says=("see: sonvelle help",))
         self.fail_with(USAGE, "info", "a", "b", says=("see: sonvelle help",))
