@@ -224,7 +224,8 @@ void Parser::AddInfo() {
 void Parser::AddRegister() {
   app_.add_subcommand(
       "register",
-      "Write the plug-ins to the registry, where hosts find them, and print the registry's files.");
+      "Write the plug-ins to the registry, where hosts find them, and print the registry's files. Where the "
+      "library has no settings yet, let it use the content that is installed with it.");
 }
 
 void Parser::AddHelp() {

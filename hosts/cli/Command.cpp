@@ -8,6 +8,7 @@
 #include "core/MException.h"
 #include "hosts/bridge/PluginLibrary.h"
 #include "hosts/cli/Arguments.h"
+#include "hosts/cli/Content.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Info.h"
 #include "hosts/cli/InstrumentCommand.h"
@@ -91,7 +92,9 @@ struct Run {
 
 // An exception of the library points into it, so it becomes a Failure while the library is there.
 void RunWithLibrary(const Arguments& arguments) {
-  const bridge::PluginLibrary library(FindLibrary());
+  const std::filesystem::path file = FindLibrary();
+  if (std::holds_alternative<RegisterArguments>(arguments)) ChooseContent();
+  const bridge::PluginLibrary library(file);
   try {
     std::visit(Run{library}, arguments);
   } catch (const MException& raised) {

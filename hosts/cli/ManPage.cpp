@@ -103,7 +103,9 @@ std::string Files() {
   return Section("FILES") + ".TP\n" + Escape("$XDG_DATA_HOME/Tessaron/MAudioEffects.mps, MAudioStreams.mps") +
          "\nThe registry, which \\fBregister\\fR writes.\n.TP\n" +
          Escape("$XDG_DATA_HOME/Tessaron/SonvelleConfiguration.cfg") +
-         "\nThe settings of the library, written when a command that uses it ends.\n.PP\n" +
+         "\nThe settings of the library, written when a command that uses it ends. \"GlobalPath\" is the "
+         "folder of the content: Samples, MultiSamples, SubSampleLibraries. Where there are no settings, "
+         "\\fBregister\\fR writes the installed folder there, and any other command the current one.\n.PP\n" +
          Escape("XDG_DATA_HOME is ~/.local/share unless it is set.") + "\n";
 }
 

@@ -5,9 +5,9 @@ from tree_case import TOOLS, TreeCase
 
 sys.path.insert(0, str(TOOLS))
 import make_effect_pictures  # noqa: E402
-import measure_effects  # noqa: E402
 import wav  # noqa: E402
 from measure import MEASUREMENTS  # noqa: E402
+from measure import document  # noqa: E402
 from measure.lab import Row  # noqa: E402
 from measure.pictures import PICTURES  # noqa: E402
 
@@ -64,7 +64,7 @@ class MeasureEffects(TreeCase):
         tone = Row("1 kHz", "", "gain", 1.0, 1.0, 0.0)
         for rows, wrong in (([tone, tone], 1), ([self.voice], 1), ([tone, self.voice], 0)):
             with mock.patch.dict(MEASUREMENTS, Echolan=lambda lab, rows=rows: rows):
-                self.assertEqual(len(measure_effects.measure(None, ["Echolan"])[1]), wrong)
+                self.assertEqual(len(document.EFFECTS_PART.measure(None, ["Echolan"], MEASUREMENTS)[1]), wrong)
 
     def test_missing_recordings_and_a_missing_command_are_named(self):
         self.command()
@@ -98,11 +98,11 @@ class Document(TreeCase):
         super().setUp()
         self.row = Row("recording", "depth=1", "gain", 1.004, 1.0, 0.01, "dB", 3)
         self.table = {"Echo": [self.row]}
-        entry = measure_effects.line(measure_effects.cells(self.row))
+        entry = document.line(document.cells(self.row))
         self.text = f"# Measurements\n\n## Echo\n\n| head |\n|---|\n{entry}\n"
 
     def found(self, text):
-        return " ".join(measure_effects.differences(self.table, text))
+        return " ".join(document.differences(self.table, text))
 
     def test_that_says_the_same_is_right(self):
         self.assertEqual(self.found(self.text), "")

@@ -5,7 +5,7 @@ import shutil
 import unittest
 import xml.etree.ElementTree as ElementTree
 
-from command_case import COMMAND, OUTPUT, PLUGIN, USAGE, CommandCase, FakeCase, InstalledCase, UserCase
+from command_case import COMMAND, OUTPUT, PLUGIN, USAGE, CommandCase, FakeCase, InstalledCase, UserCase, Wav, float_wav
 
 
 class Register(CommandCase):
@@ -45,13 +45,6 @@ class Register(CommandCase):
         self.succeed("register")
         self.assertEqual(self.rows(self.files()[0])["Other"]["library"], "/x.so")
 
-    def test_where_no_folder_can_be_made_gives_code_4_and_the_librarys_message(self):
-        self.write("file", b"")
-        folder = self.path("file/data")
-        self.fail_with(OUTPUT, "register", says=("the registry could not be written",),
-                       last=f'File "{folder}/Tessaron/MAudioStreams.mps" could not be created. Make sure there is no '
-                       "write-protected file already existing.", env=os.environ | {"XDG_DATA_HOME": str(folder)})
-
     def test_takes_no_arguments(self):
         self.fail_with(USAGE, "register", "x", says=("see: sonvelle help",))
 
@@ -68,10 +61,67 @@ class Unwritable(UserCase):
 
 
 class Moved(InstalledCase):
-    def test_names_the_library_that_was_opened(self):
+    def setUp(self):
+        super().setUp()
         shutil.copy(COMMAND.parent / "Sonvelle.so", self.bin)
+        self.settings = self.data / "Tessaron/SonvelleConfiguration.cfg"
+
+    def content(self):
+        """The folder of content that the library uses from now on."""
+        return ElementTree.parse(self.settings).getroot().get("GlobalPath")
+
+    def fail_without_a_folder(self, what, file):
+        self.write("file", b"")
+        folder = self.path("file/data")
+        self.fail_with(OUTPUT, "register", says=(f"the {what} could not be written",),
+                       last=f'File "{folder}/Tessaron/{file}" could not be created. Make sure there is no '
+                       "write-protected file already existing.", env=os.environ | {"XDG_DATA_HOME": str(folder)})
+
+    def test_names_the_library_that_was_opened(self):
         self.succeed("register")
         self.assertIn(f'library="{self.bin}/Sonvelle.so"', (self.data / "Tessaron/MAudioEffects.mps").read_text())
+
+    def test_where_no_folder_can_be_made_gives_code_4_and_the_librarys_message(self):
+        self.fail_without_a_folder("registry", "MAudioStreams.mps")
+
+    def test_chooses_the_content_beside_the_program(self):
+        (self.bin / "content").mkdir()
+        self.path("share/sonvelle").mkdir(parents=True)
+        self.succeed("register", cwd="/")
+        self.assertEqual(self.content(), str(self.bin / "content"))
+        self.assertEqual(sorted(os.listdir(self.data / "Tessaron")),
+                         ["MAudioEffects.mps", "MAudioStreams.mps", "SonvelleConfiguration.cfg"])
+
+    def test_else_the_content_that_is_installed_with_it(self):
+        self.write("bin/content", b"no folder")
+        self.path("share/sonvelle").mkdir(parents=True)
+        self.succeed("register", cwd="/")
+        self.assertEqual(self.content(), str(self.path("share/sonvelle")))
+
+    def test_without_content_leaves_the_choice_to_the_library_which_takes_the_current_folder(self):
+        self.succeed("register")
+        self.assertEqual(self.content(), str(self.folder))
+
+    def test_leaves_settings_that_are_there(self):
+        (self.bin / "content").mkdir()
+        self.succeed("list")
+        self.assertEqual(self.content(), str(self.folder))
+        before = self.settings.read_bytes()
+        self.succeed("register", cwd="/")
+        self.assertEqual(self.settings.read_bytes(), before)
+
+    def test_finds_a_sample_of_the_content_by_its_name_in_a_state(self):
+        (self.bin / "content/Samples").mkdir(parents=True)
+        self.write("bin/content/Samples/tone.wav", float_wav([[0.5] * 100]))
+        self.write("state.xml", b'<state filename="tone.wav"/>')
+        self.succeed("register", cwd="/")
+        self.succeed("render", "Playbox", "out.wav", "--state", "state.xml", "--note", "60:1:0:0.001", "--channels", "1",
+                     "--rate", "48000")
+        self.assertEqual(list(Wav(self.path("out.wav")).interleaved), [0.5] * 48)
+
+    def test_settings_that_cannot_be_written_give_code_4_and_the_librarys_message(self):
+        (self.bin / "content").mkdir()
+        self.fail_without_a_folder("settings", "SonvelleConfiguration.cfg")
 
 
 class WithoutServices(FakeCase):
