@@ -1,11 +1,11 @@
 #pragma once
-// States and commands for an effect out of a fuzzer's bytes.
+// States for a plug-in out of a fuzzer's bytes.
 
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include "core/MMemoryStream.h"
 #include "core/MXMLItem.h"
-#include "tests/common/EffectUnderTest.h"
+#include "fuzz/CallFuzzing.h"
 
 // A number as states have them, or any text.
 inline MString ConsumeValue(FuzzedDataProvider& data) {
@@ -33,24 +33,24 @@ inline void Mutate(FuzzedDataProvider& data, MXMLItem& item) {
   for (MXMLItem* child : item.GetChildren()) Mutate(data, *child);
 }
 
-inline void LoadState(FuzzedDataProvider& data, EffectUnderTest& effect) {
+// `file` is what the state names if it is the plug-in's own.
+template <typename Plugin>
+void LoadState(FuzzedDataProvider& data, Plugin& plugin, const char* file = "") {
   MXMLItem item("state");
   if (data.ConsumeBool()) {
-    effect.Call(MService::kSaveState, MAsWord(&item));
+    plugin.Call(MService::kSaveState, MAsWord(&item));
+    if (*file != 0) {
+      item.SetAttribute("subpath", MString());
+      item.SetAttribute("filename", MString::Literal(file));
+    }
     Mutate(data, item);
   } else {
     const std::string text = data.ConsumeRandomLengthString(400);
     MMemoryStream stream(text.data(), static_cast<int32_t>(text.size()));
     item.Load(stream);
   }
-  effect.Call(MService::kLoadState, MAsWord(&item));
-  effect.Call(MService::kStateLoaded);
+  plugin.Call(MService::kLoadState, MAsWord(&item));
+  plugin.Call(MService::kStateLoaded);
   MXMLItem saved("state");
-  effect.Call(MService::kSaveState, MAsWord(&saved));
-}
-
-inline void Command(FuzzedDataProvider& data, EffectUnderTest& effect) {
-  const std::string name = data.ConsumeRandomLengthString(16);
-  if (name == "ImportSample") return;  // its argument is a record
-  effect.Call(MService::kCommand, MAsWord(name.c_str()));
+  plugin.Call(MService::kSaveState, MAsWord(&saved));
 }

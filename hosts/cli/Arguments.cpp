@@ -214,9 +214,10 @@ void Parser::AddState() {
 void Parser::AddInfo() {
   CLI::App& info = *app_.add_subcommand("info", "Print what a file holds, as JSON.");
   AddName(info, "FILE", info_.file,
-          "Sample (.wav, .mp3, all else ZSD): channels, rate, length, bits, peak. Resource library (.mrf): "
-          "the id "
-          "and the size of each item.");
+          "Sample (.wav, .mp3, all else ZSD): channels, rate, length, bits, peak. Multisample "
+          "(.qxMultiSample): rate, number of takes and of layers, length of the longest take, tracks. "
+          "Subsample library (.qxSubSampleLib): rate, and for each band its place in the spectrum and how "
+          "many sounds it has. Resource library (.mrf): the id and the size of each item.");
   info.footer(kDashes);
 }
 

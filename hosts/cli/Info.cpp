@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <filesystem>
 
+#include "audiofiles/MMultiSampleFile.h"
 #include "audiofiles/MSampleFile.h"
+#include "audiofiles/MSubSampleLibrary.h"
 #include "core/MException.h"
 #include "hosts/bridge/Parameters.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Listing.h"
 #include "hosts/cli/Paths.h"
-#include "hosts/cli/System.h"
 #include "resources/MResourceLibrary.h"
 
 namespace cli {
@@ -21,16 +22,6 @@ std::string LowerExtension(const std::string& path) {
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
   return extension;
-}
-
-enum class Kind { kResources, kMultisample, kSubsamples, kSample };
-
-Kind KindOf(const std::string& path) {
-  const std::string extension = LowerExtension(path);
-  if (extension == ".mrf") return Kind::kResources;
-  if (extension == ".qxmultisample") return Kind::kMultisample;
-  if (extension == ".qxsubsamplelib") return Kind::kSubsamples;
-  return Kind::kSample;
 }
 
 std::string DescribeResources(const MString& file) {
@@ -45,30 +36,41 @@ std::string DescribeSample(const MString& file) {
   return SampleAsJson(sample);
 }
 
+struct Kind {
+  const char* extension;
+  const char* name;
+  std::string (*describe)(const MString& file);
+};
+
+constexpr Kind kKinds[] = {
+    {".mrf", "resource library", DescribeResources},
+    {".qxmultisample", "multisample",
+     [](const MString& file) { return MultisampleAsJson(MMultiSampleFile(file)); }},
+    {".qxsubsamplelib", "subsample library",
+     [](const MString& file) { return SubsamplesAsJson(MSubSampleLibrary(file)); }},
+    {"", "sample", DescribeSample},  // all else
+};
+
+const Kind& KindOf(const std::string& path) {
+  const std::string extension = LowerExtension(path);
+  const Kind* kind = kKinds;
+  while (*kind->extension && extension != kind->extension) ++kind;
+  return *kind;
+}
+
 // "a.wav, byte 12" where the exception knows the place, else the path.
 std::string PlaceOf(const MException& raised, const std::string& path) {
   return raised.source.IsEmpty() ? path : bridge::ToUtf8(raised.source);
 }
 
-[[noreturn]] void RefuseKind(const std::string& path, const char* kind) {
-  const std::string why = WhyUnreadable(path);
-  throw Failure(ExitCode::kFile,
-                path + ": " + (why.empty() ? std::string(kind) + " cannot be read yet" : why));
-}
-
 }  // namespace
 
 std::string DescribeFile(const std::string& path) {
-  const Kind kind = KindOf(path);
-  if (kind == Kind::kMultisample) RefuseKind(path, "multisamples");
-  if (kind == Kind::kSubsamples) RefuseKind(path, "subsample libraries");
-  const MString file = ToLibraryPath(path);
+  const Kind& kind = KindOf(path);
   try {
-    return kind == Kind::kResources ? DescribeResources(file) : DescribeSample(file);
+    return kind.describe(ToLibraryPath(path));
   } catch (const MException& raised) {
-    throw Failure(ExitCode::kFile,
-                  PlaceOf(raised, path) + ": it cannot be read as a " +
-                      (kind == Kind::kResources ? "resource library" : "sample"),
+    throw Failure(ExitCode::kFile, PlaceOf(raised, path) + ": it cannot be read as a " + kind.name,
                   bridge::ToUtf8(raised.message));
   }
 }

@@ -8,7 +8,9 @@
 #include "hosts/bridge/PluginTable.h"
 
 class MAudioBuffer;
+class MMultiSampleFile;
 class MResourceLibrary;
+class MSubSampleLibrary;
 
 namespace cli {
 
@@ -26,6 +28,12 @@ std::string ResourcesAsJson(const MResourceLibrary& library);
 
 // "peak" is the greatest magnitude of all samples, those that are no number left out; null for infinity.
 std::string SampleAsJson(const MAudioBuffer& sample);
+
+// "length" is that of the longest take; null stands for a volume or pan that is no number.
+std::string MultisampleAsJson(const MMultiSampleFile& file);
+
+// The bands with their place in the spectrum and how many sounds they have.
+std::string SubsamplesAsJson(const MSubSampleLibrary& library);
 
 // What became of notes: made, and ended, null where the sound did not end by itself.
 std::string NotesAsJson(const std::vector<NoteResult>& notes);

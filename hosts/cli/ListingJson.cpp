@@ -1,6 +1,8 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "audiofiles/MMultiSampleFile.h"
+#include "audiofiles/MSubSampleLibrary.h"
 #include "core/MAudioBuffer.h"
 #include "hosts/cli/InstrumentRender.h"
 #include "hosts/cli/Listing.h"
@@ -77,6 +79,27 @@ std::string SampleAsJson(const MAudioBuffer& sample) {
                 {"length", sample.GetLength()},
                 {"bits", sample.bitDepth},
                 {"peak", GetPeak(sample)}});
+}
+
+std::string MultisampleAsJson(const MMultiSampleFile& file) {
+  Json tracks = Json::array();
+  for (const MMultiSampleFile::Track& track : file.GetTracks())
+    tracks.push_back({{"name", bridge::ToUtf8(track.name)}, {"volume", track.volume}, {"pan", track.pan}});
+  return Print({{"kind", "multisample"},
+                {"rate", file.GetSampleRate()},
+                {"takes", file.GetTakes().size()},
+                {"layers", file.GetLayers().size()},
+                {"length", file.GetLongest()},
+                {"tracks", tracks}});
+}
+
+std::string SubsamplesAsJson(const MSubSampleLibrary& library) {
+  Json bands = Json::array();
+  for (int32_t b = 0; b < MSubSampleLibrary::kBands; ++b) {
+    const MSubSampleLibrary::Band& band = library.GetBand(b);
+    bands.push_back({{"first", band.firstBin}, {"bins", band.binCount}, {"count", band.GetCount()}});
+  }
+  return Print({{"kind", "subsamples"}, {"rate", library.GetRate()}, {"bands", bands}});
 }
 
 std::string NotesAsJson(const std::vector<NoteResult>& notes) {

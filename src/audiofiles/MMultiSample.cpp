@@ -22,7 +22,8 @@ MMultiSample::MMultiSample(const MString& path, double maximalSeconds, bool isSi
     : file_(path), maximalSeconds_(maximalSeconds), isSingle_(isSingle) {
   const double rate = file_.GetSampleRate();
   if (maximalSeconds < kNoLimit) maximalLength_ = Limited(maximalSeconds * rate);
-  while (takes_.size() < file_.GetTakes().size()) takes_.push_back(std::make_unique<MSampleTake>());
+  while (takes_.size() < file_.GetTakes().size())
+    takes_.push_back(std::make_unique<MSampleTake>(GetTrackCount()));
   for (const MMultiSampleFile::Layer& layer : file_.GetLayers())
     ReadTake(layer.first, true, Limited(rate * kHeadMilliseconds / 1000));
   Start();
@@ -44,31 +45,33 @@ void MMultiSample::ReadTake(int32_t take, bool isHead, int32_t limit) {
   MSampleTake& target = *takes_[static_cast<std::size_t>(take)];
   const MLocker locker(target.lock_);
   bool isComplete = true;
-  for (int32_t track = 0; track < static_cast<int32_t>(file_.GetTracks().size()); ++track)
+  for (int32_t track = 0; track < GetTrackCount(); ++track)
     if (!ReadTrack(take, track, isHead, std::min(limit, maximalLength_))) isComplete = false;
   if (isComplete) target.isLoaded_.store(true, std::memory_order_release);
   const int32_t loudest = file_.GetTakes()[static_cast<std::size_t>(take)].loudestTrack;
-  if (loudest < 0 || loudest >= MSampleTake::kTracks) return;
-  const MAudioBuffer* const whole = target.GetWhole(loudest);
-  loudest_.store(whole ? whole : target.GetHead(loudest), std::memory_order_release);
+  const MAudioBuffer* buffer = nullptr;
+  if (loudest >= 0 && loudest < GetTrackCount())
+    buffer = target.GetWhole(loudest) ? target.GetWhole(loudest) : target.GetHead(loudest);
+  loudest_.store(buffer, std::memory_order_release);
 }
 
 bool MMultiSample::ReadTrack(int32_t take, int32_t track, bool isHead, int32_t limit) {
-  MSampleTake& target = *takes_[static_cast<std::size_t>(take)];
-  if (target.GetWhole(track)) return true;
-  const auto& from = file_.GetTakes()[static_cast<std::size_t>(take)];
-  const bool isCut = track < from.fileCount && from.files[track].length > limit;
+  const auto number = static_cast<std::size_t>(track);
+  MSampleTake::Track& target = takes_[static_cast<std::size_t>(take)]->tracks_[number];
+  if (target.whole.Get()) return true;
+  const auto& files = file_.GetTakes()[static_cast<std::size_t>(take)].files;
+  const bool isCut = number < files.size() && files[number].length > limit;
   if (isHead && isCut) {
-    if (!target.GetHead(track)) file_.Read(target.buffers_[MSampleTake::kTracks + track], take, track, limit);
-    target.hasHead_[track].store(true, std::memory_order_release);
+    if (!target.head.Get()) file_.Read(target.head.samples, take, track, limit);
+    target.head.isThere.store(true, std::memory_order_release);
     return false;
   }
-  MAudioBuffer& buffer = target.buffers_[track];
+  MAudioBuffer& buffer = target.whole.samples;
   file_.Read(buffer, take, track, limit);
   const int32_t length = buffer.GetLength();
   const int64_t longestFade = int64_t{kLongestFadeSeconds} * file_.GetSampleRate();
   if (isCut) buffer.Fade(static_cast<int32_t>(std::min<int64_t>(length / 2, longestFade)), 1, length, 0);
-  target.isWhole_[track].store(true, std::memory_order_release);
+  target.whole.isThere.store(true, std::memory_order_release);
   return true;
 }
 

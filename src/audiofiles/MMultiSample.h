@@ -14,24 +14,34 @@ class MSampleTake {
  public:
   M_LIBRARY_MEMORY
 
+  explicit MSampleTake(int32_t tracks) : tracks_(static_cast<std::size_t>(tracks)) {}
+
   // Whether all tracks are there as a whole. [any]
   bool IsLoaded() const noexcept { return isLoaded_.load(std::memory_order_acquire); }
   // A whole track, or the beginning of one; null as long as it is not there. [any]
-  const MAudioBuffer* GetWhole(int32_t track) const noexcept {
-    return isWhole_[track].load(std::memory_order_acquire) ? &buffers_[track] : nullptr;
-  }
-  const MAudioBuffer* GetHead(int32_t track) const noexcept {
-    return hasHead_[track].load(std::memory_order_acquire) ? &buffers_[kTracks + track] : nullptr;
-  }
+  const MAudioBuffer* GetWhole(int32_t track) const noexcept { return GetTrack(track).whole.Get(); }
+  const MAudioBuffer* GetHead(int32_t track) const noexcept { return GetTrack(track).head.Get(); }
 
  private:
   friend class MMultiSample;
-  static constexpr int32_t kTracks = MMultiSampleFile::kMostTracks;
+
+  struct Buffer {
+    const MAudioBuffer* Get() const noexcept {
+      return isThere.load(std::memory_order_acquire) ? &samples : nullptr;
+    }
+
+    MAudioBuffer samples;
+    std::atomic<bool> isThere = false;
+  };
+  struct Track {
+    Buffer whole;
+    Buffer head;
+  };
+
+  const Track& GetTrack(int32_t track) const noexcept { return tracks_[static_cast<std::size_t>(track)]; }
 
   MLock lock_;  // one reader of the file at a time
-  MAudioBuffer buffers_[2 * kTracks];
-  std::atomic<bool> isWhole_[kTracks] = {};
-  std::atomic<bool> hasHead_[kTracks] = {};
+  std::vector<Track, MAllocator<Track>> tracks_;
   std::atomic<bool> isLoaded_ = false;
 };
 
@@ -64,7 +74,8 @@ class MMultiSample final : public MThread {
   // [host]
   bool FinishLoading();
 
-  // The loudest track of the take that was read last, as far as it is there. [any]
+  // The loudest track of the take that was read last, as far as it is there; null if the file names none.
+  // [any]
   const MAudioBuffer* GetLoudest() const noexcept { return loudest_.load(std::memory_order_acquire); }
 
  protected:
@@ -75,6 +86,7 @@ class MMultiSample final : public MThread {
   using Takes = std::vector<std::unique_ptr<MSampleTake>, MAllocator<std::unique_ptr<MSampleTake>>>;
 
   void ReadTake(int32_t take, bool isHead, int32_t limit);
+  int32_t GetTrackCount() const noexcept { return static_cast<int32_t>(file_.GetTracks().size()); }
   // Whether the track is there as a whole now.
   bool ReadTrack(int32_t take, int32_t track, bool isHead, int32_t limit);
   bool BeginRequest(int32_t& layer);

@@ -39,7 +39,7 @@ MMultiSampleFile::Take ReadTake(const MXMLItem& item) {
   take.loudestTrack = ReadNumber32(item, "maxrmsindex");
   MXMLItemIterator files(item, "file");
   while (const MXMLItem* const file = files.Next())
-    if (take.fileCount < MMultiSampleFile::kMostTracks) take.files[take.fileCount++] = ReadFile(*file);
+    if (take.files.size() < MMultiSampleFile::kMostTracks) take.files.push_back(ReadFile(*file));
   return take;
 }
 
@@ -103,8 +103,8 @@ int32_t MMultiSampleFile::GetLongest() const noexcept {
 
 void MMultiSampleFile::Read(MAudioBuffer& buffer, int32_t take, int32_t track, int32_t limit) const {
   const Take& from = takes_[static_cast<std::size_t>(take)];
-  if (track < 0 || track >= from.fileCount) ThrowNotAvailable();
-  const File& file = from.files[track];
+  if (track < 0 || track >= static_cast<int32_t>(from.files.size())) ThrowNotAvailable();
+  const File& file = from.files[static_cast<std::size_t>(track)];
   if (file.channels < 1 || file.channels > MAudioBuffer::kMaximumChannels || file.length < 0)
     ThrowNotAvailable();
   if (!IsKnown(file.bits))

@@ -42,8 +42,7 @@ class MMultiSampleFile {
     int32_t length;
     double loudness;       // of the last take, the loudest one: 1
     int32_t loudestTrack;  // outside of the tracks: none
-    int32_t fileCount;
-    File files[kMostTracks];
+    List<File> files;      // of the tracks, at most kMostTracks
   };
   // Takes first to last, and the loudness of the last.
   struct Layer {

@@ -19,7 +19,7 @@ namespace {
 constexpr double kNoMaximum = 20;      // of the row, in seconds
 constexpr double kSoftestTake = 0.05;  // softer ones are not lifted more than that
 constexpr double kNoPan = 1e-20;
-constexpr double kMostVolume = 1e6;
+constexpr double kMostGain = 1e30;  // so that samples stay finite
 
 double LimitPan(double pan) {
   return std::isfinite(pan) ? std::clamp(pan, -1.0, 1.0) : 0;
@@ -85,9 +85,10 @@ double LayerboxAudioStreamPlugin::GetMaximalSeconds() const noexcept {
 
 // The old multisample is released first, so that a file which only this plug-in plays is read anew. Reading
 // is done without the lock.
-void LayerboxAudioStreamPlugin::Reload() {
+void LayerboxAudioStreamPlugin::Reload(const MXMLItem* state) {
   MMultiSample* next = nullptr;
   MString path;
+  const bool isSingle = MIsOn(rows_[kSingleSample]);
   SonvelleConfiguration* const shared = SonvelleConfiguration::Get();
   {
     const MLocker locker(lock_);
@@ -96,19 +97,34 @@ void LayerboxAudioStreamPlugin::Reload() {
       path = JoinPath(JoinPath(shared->multiSamplePath, subpath_), fileName_);
   }
   Release(std::exchange(next, nullptr));
-  if (path.IsEmpty()) return;
-  MRunGuarded("LayerboxAudioStreamPlugin::LoadState", [&] {
-    next = shared->multiSampleCache.Acquire(path, GetMaximalSeconds(), MIsOn(rows_[kSingleSample]));
-  });
+  if (!path.IsEmpty())
+    MRunGuarded("LayerboxAudioStreamPlugin::LoadState",
+                [&] { next = shared->multiSampleCache.Acquire(path, GetMaximalSeconds(), isSingle); });
+  bool isOtherCount = false;
   {
     const MLocker locker(lock_);
     std::swap(multiSample_, next);
+    isSingle_ = isSingle;
+    const int32_t before = trackCount_;
+    if (state)
+      LoadTracks(*state);
+    else
+      AddTracks();
+    isOtherCount = trackCount_ != before;
   }
   Release(next);  // of a load on another thread
+  if (isOtherCount) NotifyLayoutChanged();
 }
 
 void LayerboxAudioStreamPlugin::ParameterChanged(int32_t index) {
-  if (index == kMaximalLength || index == kSingleSample) Reload();
+  if (index != kMaximalLength && index != kSingleSample) return;
+  bool isSame = false;
+  {
+    const MLocker locker(lock_);
+    isSame = multiSample_ && multiSample_->GetMaximalSeconds() == GetMaximalSeconds() &&
+             isSingle_ == MIsOn(rows_[kSingleSample]);
+  }
+  if (!isSame) Reload(nullptr);
 }
 
 bool LayerboxAudioStreamPlugin::SaveState(MXMLItem& item) {
@@ -139,33 +155,38 @@ bool LayerboxAudioStreamPlugin::LoadState(MXMLItem& item) {
     velocity_ = std::move(velocity);
     envelope_ = std::move(envelope);
   }
-  Reload();
-  bool isOtherCount = false;
-  {
-    const MLocker locker(lock_);
-    const int32_t before = trackCount_;
-    LoadTracks(item);
-    isOtherCount = trackCount_ != before;
-  }
-  if (isOtherCount) NotifyLayoutChanged();
+  Reload(&item);
   return false;
 }
 
 // As the file has them, and what the state says otherwise. Those of a file that is not there are kept for the
 // next state.
 void LayerboxAudioStreamPlugin::LoadTracks(const MXMLItem& item) {
-  SetSolo(
-      static_cast<int32_t>(std::clamp<int64_t>(item.GetAttribute("solo", "-1").ToInteger(), -1, kTracks)));
-  int32_t saved = 0;
-  while (saved < kTracks && item.HasAttribute(TrackKey("volume", saved))) ++saved;
-  const auto* const tracks = multiSample_ ? &multiSample_->GetFile().GetTracks() : nullptr;
-  trackCount_ = tracks ? static_cast<int32_t>(tracks->size()) : saved;
+  trackCount_ = 0;
+  AddTracks();
+  if (!multiSample_)
+    while (trackCount_ < kTracks && item.HasAttribute(TrackKey("volume", trackCount_)))
+      tracks_[trackCount_++] = Track();
   for (int32_t i = 0; i < trackCount_; ++i) {
-    const MMultiSampleFile::Track* const file = tracks ? &(*tracks)[static_cast<std::size_t>(i)] : nullptr;
-    tracks_[i].volume = MReadNumber(item, TrackKey("volume", i), file ? file->volume : 1);
-    tracks_[i].pan = MReadNumber(item, TrackKey("pan", i), file ? file->pan : 0);
+    tracks_[i].volume = MReadNumber(item, TrackKey("volume", i), tracks_[i].volume);
+    tracks_[i].pan = MReadNumber(item, TrackKey("pan", i), tracks_[i].pan);
     tracks_[i].isEnabled = item.GetAttribute(TrackKey("enabling", i), "1").ToInteger() != 0;
   }
+  const int64_t solo = item.GetAttribute("solo", "-1").ToInteger();
+  SetSolo(static_cast<int32_t>(std::clamp<int64_t>(solo, -1, kTracks)));
+  if (multiSample_ && solo_ >= trackCount_) solo_ = -1;
+}
+
+// As the file has them, behind those that are here.
+void LayerboxAudioStreamPlugin::AddTracks() {
+  if (!multiSample_) return;
+  const auto& tracks = multiSample_->GetFile().GetTracks();
+  const auto count = static_cast<int32_t>(tracks.size());
+  for (int32_t i = trackCount_; i < count; ++i) {
+    const MMultiSampleFile::Track& track = tracks[static_cast<std::size_t>(i)];
+    tracks_[i] = {track.volume, track.pan, true};
+  }
+  trackCount_ = count;
 }
 
 MWord LayerboxAudioStreamPlugin::Command(const char* name, MWord argument) {
@@ -213,7 +234,7 @@ MAudioStream* LayerboxAudioStreamPlugin::NewStream(const MStreamRequest& request
   const double loudness = multiSample_->GetFile().GetTakes()[static_cast<std::size_t>(note->take)].loudness;
   const double gain = velocity / std::max(loudness, kSoftestTake) * request.volume;
   for (int32_t i = 0; i < trackCount_; ++i) {
-    note->gain[i] = std::clamp(tracks_[i].volume, -kMostVolume, kMostVolume) * gain;
+    note->gain[i] = std::clamp(tracks_[i].volume * gain, -kMostGain, kMostGain);
     note->pan[i] = LimitPan(tracks_[i].pan);
   }
   note->length = multiSample_->GetLongest();

@@ -56,11 +56,13 @@ class LayerboxAudioStreamPlugin final : public MAudioStreamPlugin {
   struct Note;
 
   double GetMaximalSeconds() const noexcept;
-  // Loads the multisample of the file and the rows, or none, with a report, where that fails.
-  void Reload();
+  // Loads the multisample of the file and the rows, or none, with a report, where that fails. Its tracks are
+  // those of the state; without one they stay, and tracks that are new are as the file has them.
+  void Reload(const MXMLItem* state);
   // These hold the lock.
   MMultiSample* Share() const;
   void LoadTracks(const MXMLItem& item);
+  void AddTracks();
   int32_t ChooseTake(double velocity) const;
   static const MAudioBuffer* FindBuffer(const Note& note, int32_t track);
   void AddTrack(const Note& note, int32_t track, const float* gains, double place, float** out, int32_t start,
@@ -69,6 +71,7 @@ class LayerboxAudioStreamPlugin final : public MAudioStreamPlugin {
   enum { kDelay, kMaximalLength, kSingleSample, kRowCount };
   MPluginParameter rows_[kRowCount];
   MMultiSample* multiSample_ = nullptr;
+  bool isSingle_ = false;  // how it was acquired
   MString subpath_;
   MString fileName_;
   int32_t trackCount_ = 0;  // of the file, or of the state that names a file which is not there

@@ -24,7 +24,7 @@ bool MSamplePlugin::SaveState(MXMLItem& item) {
   const MLocker locker(lock_);
   item.SetAttribute("subpath", isImported_ ? importedSubpath_ : subpath_);
   item.SetAttribute("CustomSamplePath", MString::FromInteger(isCustomPath_ && !isImported_));
-  item.SetAttribute(MString::Literal(names_.fileName), fileName_);
+  item.SetAttribute(MString::Literal(names_.fileName), isImported_ ? importedName_ : fileName_);
   isImported_ = false;
   MSaveCurve(envelope_, item, MString::Literal(names_.envelope));
   return false;
@@ -94,14 +94,14 @@ void MSamplePlugin::Import(const MString& folder, const MString& name) {
   const bool isThere = shared && MIsBelowFolder(source, shared->samplePath, subpath);
   if (!isThere) subpath = JoinPath("Imported", MWithoutParents(source));
   subpath_ = importedSubpath_ = subpath;
-  fileName_ = name;
+  fileName_ = importedName_ = isThere ? name : GetPathName(name);
   isCustomPath_ = false;
   isImported_ = true;
   if (!shared) return;
   if (!isThere) {
     const MString target = JoinPath(shared->samplePath, subpath_);
     CreatePath(target);
-    CopyFile(JoinPath(source, name), JoinPath(target, name));
+    CopyFile(JoinPath(source, name), JoinPath(target, fileName_));
   }
   Load();
 }
@@ -113,9 +113,11 @@ void MSamplePlugin::Collect(MCollectedFiles& files) {
     const MString subpath = MCollectedFolder(subpath_);
     const MString target = JoinPath(shared->samplePath, subpath);
     CreatePath(target);
-    path = JoinPath(target, fileName_);
+    const MString name = GetPathName(fileName_);
+    path = JoinPath(target, name);
     CopyFile(path_, path);
     importedSubpath_ = subpath;
+    importedName_ = name;
     isImported_ = true;
   }
   files.path[files.count++] = path;

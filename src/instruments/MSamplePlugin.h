@@ -58,6 +58,7 @@ class MSamplePlugin : public MAudioStreamPlugin {
   MString subpath_;
   MString fileName_;
   MString importedSubpath_;
+  MString importedName_;
   bool isCustomPath_ = false;
-  bool isImported_ = false;  // the next state names importedSubpath_
+  bool isImported_ = false;  // the next state names these
 };

@@ -130,7 +130,7 @@ TEST_F(MMultiSampleTest, FurtherTracksAndFilesThanSixteenAreNotRead) {
   file.takes[0].tracks.resize(17, file.takes[0].tracks[0]);
   const MMultiSampleFile read(Write(file));
   EXPECT_EQ(read.GetTracks().size(), 16u);
-  EXPECT_EQ(read.GetTakes()[0].fileCount, 16);
+  EXPECT_EQ(read.GetTakes()[0].files.size(), 16u);
 }
 
 TEST_F(MMultiSampleTest, LoudnessOfAQuietLastTakeIsLeftAlone) {
@@ -240,6 +240,19 @@ TEST_F(MMultiSampleTest, LayerIsTheFirstAtOrAboveALoudness) {
   EXPECT_EQ(read.FindLayer(0.75), 2);
   EXPECT_EQ(read.FindLayer(1), 2);
   EXPECT_EQ(read.FindLayer(1.5), 2);
+}
+
+TEST_F(MMultiSampleTest, LoudestTrackIsThatOfTheTakeThatWasReadLast) {
+  MultiSampleInTest file = OneTake(10);
+  file.tracks.push_back(file.tracks[0]);
+  const TrackInTest track = TrackInTest::Constant(0.5f, 10);
+  file.takes = {{1, 0, {track, track}, 1}, {2, 0, {track, track}, 2}, {3, 1, {track, track}, 0}};
+  MMultiSample read(Write(file), MMultiSample::kNoLimit, false);
+  EXPECT_EQ(read.GetLoudest(), read.GetTake(2).GetWhole(0));
+  read.Request(0);
+  ASSERT_TRUE(read.FinishLoading());
+  EXPECT_TRUE(read.GetTake(1).IsLoaded());
+  EXPECT_EQ(read.GetLoudest(), nullptr);  // its index names no track
 }
 
 TEST_F(MMultiSampleTest, MayBeDestroyedWhileItReads) {

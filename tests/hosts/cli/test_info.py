@@ -146,15 +146,7 @@ class Samples(CommandCase):
         self.assertEqual(list(self.data.rglob("*")), [])
 
 
-class OtherKinds(CommandCase):
-    def test_cannot_be_read_yet(self):
-        for name, kind in (("a.QXMULTISAMPLE", "multisamples"), ("a.qxSubSampleLib", "subsample libraries")):
-            self.write(name, b"x")
-            self.fail_with(FILE, "info", name, says=(f"{name}: {kind} cannot be read yet",))
-
-    def test_that_are_not_there_are_told(self):
-        self.fail_with(FILE, "info", "missing.qxMultiSample", says=("missing.qxMultiSample: No such file or directory",))
-
+class Usage(CommandCase):
     def test_a_name_is_needed(self):
         self.fail_with(USAGE, "info", says=("see: sonvelle help",))
         self.fail_with(USAGE, "info", "a", "b", says=("see: sonvelle help",))
