@@ -30,6 +30,8 @@ struct Parser {
   void AddNotes(CLI::App& render);
   void AddState();
   void AddInfo();
+  void AddMultisample();
+  void AddSubsamples();
   void AddRegister();
   void AddHelp();
   Arguments GetResult();
@@ -40,6 +42,8 @@ struct Parser {
   RenderArguments render_;
   StateArguments state_;
   InfoArguments info_;
+  MultisampleArguments multisample_;
+  SubsamplesArguments subsamples_;
   std::string block_ = "512";
   std::string tail_ = "0";
   std::vector<std::string> notes_;
@@ -123,6 +127,8 @@ Parser::Parser() {
   AddRender();
   AddState();
   AddInfo();
+  AddMultisample();
+  AddSubsamples();
   AddRegister();
   AddHelp();
   for (CLI::App* const command : app_.get_subcommands(nullptr)) command->group("Commands");
@@ -219,6 +225,39 @@ void Parser::AddInfo() {
           "Subsample library (.qxSubSampleLib): rate, and for each band its place in the spectrum and how "
           "many sounds it has. Resource library (.mrf): the id and the size of each item.");
   info.footer(kDashes);
+}
+
+void Parser::AddMultisample() {
+  CLI::App& make = *app_.add_subcommand(
+      "make-multisample", "Make a multisample (.qxMultiSample) of recordings, as loud as they are.");
+  make.add_option(
+          "SOURCE", multisample_.source,
+          "Folder of sound files, or an SFZ file whose velocity ranges become the layers. A name's words "
+          "tell the take (\"2\", \"rr2\", \"take2\"), the layer (\"v3\", \"vel3\", \"layer3\") and, "
+          "behind the last of these, the track: kick_v3_2_oh.wav is track \"oh\". Without layers in the "
+          "names, takes within 1.5 dB of each other are one.")
+      ->required()
+      ->type_name("FOLDER|FILE.sfz");
+  make.add_option("OUT", multisample_.output, "File to write. It is complete or not there.")
+      ->required()
+      ->type_name("OUT.qxMultiSample");
+  make.add_option("--compress", multisample_.compression, "How to store the samples. Default: none.")
+      ->check(CLI::IsMember({"none", "zlib", "bzip2"}).description(""))
+      ->type_name("none|zlib|bzip2");
+  make.footer(kDashes);
+}
+
+void Parser::AddSubsamples() {
+  CLI::App& make = *app_.add_subcommand(
+      "make-subsamples", "Make a subsample library (.qxSubSampleLib) of the spectra of recordings.");
+  make.add_option("FILES", subsamples_.sources,
+                  "Sound files, or folders of them, with one sample rate from 22050 to 192000 hertz, and the "
+                  "file to write, which is complete or not there. Each recording is one sound of every band, "
+                  "the dark ones first.")
+      ->required()
+      ->expected(2, CLI::detail::expected_max_vector_size)
+      ->type_name("FOLDER|WAV... OUT.qxSubSampleLib");
+  make.footer(kDashes);
 }
 
 void Parser::AddRegister() {
@@ -319,6 +358,12 @@ Arguments Parser::GetResult() {
   if (app_.got_subcommand("state")) return state_;
   if (app_.got_subcommand("info")) return info_;
   if (app_.got_subcommand("register")) return RegisterArguments();
+  if (app_.got_subcommand("make-multisample")) return multisample_;
+  if (app_.got_subcommand("make-subsamples")) {
+    subsamples_.output = subsamples_.sources.back();
+    subsamples_.sources.pop_back();
+    return subsamples_;
+  }
   if (app_.got_subcommand("help")) {
     Parser fresh;
     return PrintArguments{helpAsManPage_ ? fresh.GetManPage() : fresh.GetHelp(helpCommand_)};

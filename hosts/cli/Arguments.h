@@ -35,6 +35,17 @@ struct InfoArguments {
   std::string file;
 };
 
+struct MultisampleArguments {
+  std::string source;  // folder or SFZ file
+  std::string output;
+  std::string compression = "none";  // or "zlib" or "bzip2"
+};
+
+struct SubsamplesArguments {
+  std::vector<std::string> sources;  // folders and files
+  std::string output;
+};
+
 struct RegisterArguments {};
 
 struct RenderArguments {
@@ -59,8 +70,9 @@ struct PrintArguments {
   std::string text;
 };
 
-using Arguments = std::variant<PrintArguments, ListArguments, ParamsArguments, RenderArguments,
-                               StateArguments, InfoArguments, RegisterArguments>;
+using Arguments =
+    std::variant<PrintArguments, ListArguments, ParamsArguments, RenderArguments, StateArguments,
+                 InfoArguments, RegisterArguments, MultisampleArguments, SubsamplesArguments>;
 
 constexpr int32_t kMaximumBlockFrames = 1 << 20;
 constexpr int32_t kMaximumSampleRate = 768000;

@@ -67,6 +67,24 @@ void RequireWhole(SNDFILE* file, const std::string& path) {
                                      std::to_string(found) + " are there");
 }
 
+int32_t BitsOf(int format) noexcept {
+  switch (format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_S8:
+    case SF_FORMAT_PCM_U8:
+    case SF_FORMAT_PCM_16:
+    case SF_FORMAT_ULAW:
+    case SF_FORMAT_ALAW:
+    case SF_FORMAT_ALAC_16:
+      return 16;
+    case SF_FORMAT_PCM_24:
+    case SF_FORMAT_ALAC_20:
+    case SF_FORMAT_ALAC_24:
+      return 24;
+    default:
+      return 32;
+  }
+}
+
 }  // namespace
 
 struct AudioReader::Handle {
@@ -85,14 +103,22 @@ AudioReader::AudioReader(const std::string& path) : path_(path) {
   handle_ = std::make_unique<Handle>(file);
   RequireWhole(file, path);
   format_ = {info.channels, info.samplerate};
+  bits_ = BitsOf(info.format);
   if (info.frames < kNobodyKnows) frames_ = info.frames;
 }
 
 AudioReader::~AudioReader() = default;
 
 int64_t AudioReader::Read(float* interleaved, int64_t frames) {
-  const int64_t got = sf_readf_float(handle_->file, interleaved, frames);
-  if (got < frames && sf_error(handle_->file) != SF_ERR_NO_ERROR)
+  return Check(sf_readf_float(handle_->file, interleaved, frames), frames);
+}
+
+int64_t AudioReader::ReadIntegers(int32_t* interleaved, int64_t frames) {
+  return Check(sf_readf_int(handle_->file, interleaved, frames), frames);
+}
+
+int64_t AudioReader::Check(int64_t got, int64_t wanted) const {
+  if (got < wanted && sf_error(handle_->file) != SF_ERR_NO_ERROR)
     throw Failure(ExitCode::kFile, path_ + ": reading failed: " + sf_strerror(handle_->file));
   return got;
 }

@@ -26,11 +26,19 @@ class AudioReader {
   std::optional<int64_t> GetFrames() const noexcept { return frames_; }
   // Fills `interleaved`, full scale 1; fewer frames than wanted only at the end.
   int64_t Read(float* interleaved, int64_t frames);
+  // As Read, integers of 32 bits with those of the file at the top.
+  int64_t ReadIntegers(int32_t* interleaved, int64_t frames);
+  // The fewest bits, of 16, 24 and 32, that hold what the file has: 16 and 24 stand for integers, 32 for
+  // floats, which is all that decoders of lossy formats give.
+  int32_t GetBits() const noexcept { return bits_; }
 
  private:
+  int64_t Check(int64_t got, int64_t wanted) const;
+
   struct Handle;
   std::string path_;
   AudioFormat format_{};
+  int32_t bits_ = 32;
   std::optional<int64_t> frames_;
   std::unique_ptr<Handle> handle_;
 };

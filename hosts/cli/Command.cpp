@@ -13,10 +13,12 @@
 #include "hosts/cli/Info.h"
 #include "hosts/cli/InstrumentCommand.h"
 #include "hosts/cli/Listing.h"
+#include "hosts/cli/MultisampleMaker.h"
 #include "hosts/cli/Print.h"
 #include "hosts/cli/RenderCommand.h"
 #include "hosts/cli/Settings.h"
 #include "hosts/cli/State.h"
+#include "hosts/cli/SubsampleMaker.h"
 #include "hosts/cli/System.h"
 #include "hosts/cli/Words.h"
 
@@ -55,8 +57,10 @@ struct Run {
   const bridge::PluginLibrary& library;
   const bridge::PluginTable& plugins = library.GetPlugins();
 
-  void operator()(const PrintArguments&) const {}  // needs none
-  void operator()(const InfoArguments&) const {}   // needs none
+  void operator()(const PrintArguments&) const {}        // needs none
+  void operator()(const InfoArguments&) const {}         // needs none
+  void operator()(const MultisampleArguments&) const {}  // needs none
+  void operator()(const SubsamplesArguments&) const {}   // needs none
   void operator()(const ListArguments& arguments) const {
     Print(arguments.json ? ListAsJson(plugins) : ListAsText(plugins));
   }
@@ -117,6 +121,10 @@ int RunOrThrow(int argc, char** argv) {
     Print(print->text);
   else if (const auto* const info = std::get_if<InfoArguments>(&arguments))
     Print(DescribeFile(info->file));
+  else if (const auto* const multisample = std::get_if<MultisampleArguments>(&arguments))
+    MakeMultisample(*multisample);
+  else if (const auto* const subsamples = std::get_if<SubsamplesArguments>(&arguments))
+    MakeSubsamples(*subsamples);
   else
     RunWithLibrary(arguments);
   return static_cast<int>(ExitCode::kDone);

@@ -1,6 +1,5 @@
 #include "hosts/cli/Info.h"
 
-#include <algorithm>
 #include <filesystem>
 
 #include "audiofiles/MMultiSampleFile.h"
@@ -11,18 +10,12 @@
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/Listing.h"
 #include "hosts/cli/Paths.h"
+#include "hosts/cli/Words.h"
 #include "resources/MResourceLibrary.h"
 
 namespace cli {
 
 namespace {
-
-std::string LowerExtension(const std::string& path) {
-  std::string extension = std::filesystem::path(path).extension().string();
-  std::transform(extension.begin(), extension.end(), extension.begin(),
-                 [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; });
-  return extension;
-}
 
 std::string DescribeResources(const MString& file) {
   MResourceLibrary library;
@@ -52,7 +45,7 @@ constexpr Kind kKinds[] = {
 };
 
 const Kind& KindOf(const std::string& path) {
-  const std::string extension = LowerExtension(path);
+  const std::string extension = ToLower(std::filesystem::path(path).extension().string());
   const Kind* kind = kKinds;
   while (*kind->extension && extension != kind->extension) ++kind;
   return *kind;

@@ -54,6 +54,11 @@ std::string NumberText(double value) {
   return error == std::errc() ? std::string(text, end) : std::string();
 }
 
+std::string ToLower(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), Lower);
+  return text;
+}
+
 std::string OneLine(std::string text) {
   std::replace_if(
       text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < ' ' || c == 0x7F; }, '?');

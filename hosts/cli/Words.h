@@ -19,6 +19,9 @@ std::string NumberText(double value);
 // The name with the fewest letters to change, case aside; `names` is not empty.
 std::string_view NearestName(std::span<const std::string_view> names, std::string_view name);
 
+// The text with small letters for A to Z.
+std::string ToLower(std::string text);
+
 // The text with "?" for each control character: names of files may hold anything.
 std::string OneLine(std::string text);
 

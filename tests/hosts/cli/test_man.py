@@ -18,8 +18,8 @@ class ManPage(CommandCase):
 
     def test_explains_every_command_and_option(self):
         page = self.succeed("help", "--man").replace("\\-", "-")
-        commands = re.findall(r"^  (\w+) ", self.succeed("help").split("Commands:")[1], re.M)
-        self.assertIn("register", commands)
+        commands = re.findall(r"^  ([\w-]+) ", self.succeed("help").split("Commands:")[1], re.M)
+        self.assertIn("make-subsamples", commands)
         for command in commands:
             self.assertIn(f"\n.SS {command}\n\\fBsonvelle {command}\\fR", page)
             for option in re.findall(r"^  (--[\w-]+)", self.succeed("help", command), re.M):
