@@ -3,6 +3,7 @@
 from content.synthesis import drive, faded, frames_of, glide, high_pass, low_pass, mix, noise, partial
 
 FORCES = (0.16, 0.42, 0.9)  # of the layers
+LEVEL = 0.6  # of a force of 1: both tracks together stay below full scale
 TAKES = 3
 SECONDS = 0.55
 # Of the room: delays in samples and what comes back, for left and right.
@@ -44,6 +45,6 @@ def recordings():
     for layer, force in enumerate(FORCES):
         for take in range(TAKES):
             dry = close(layer, take)
-            level = force * (1 - 0.04 * take) / max(map(abs, dry))
+            level = LEVEL * force * (1 - 0.04 * take) / max(map(abs, dry))
             dry = [level * value for value in dry]
             yield layer + 1, take + 1, {"Close": [dry], "Room": room(dry)}

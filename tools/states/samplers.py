@@ -55,10 +55,10 @@ def layerbox(volumes, pans=(0, 0), solo=-1, envelope=FLAT, single=False, file="S
 
 
 LAYERBOX = {
-    "Natural drum": layerbox((0.6, 0.5)),
-    "Tight kit": layerbox((0.9, 0), envelope=[(0, 1), (0.3, 0.8), (0.5, 0)]),
-    "Room drum": layerbox((0.6, 0.9), solo=ROOM),
-    "Gated room": layerbox((0.4, 0.7), envelope=[(0, 1), (0.45, 1), (0.5, 0)]),
-    "Off to the side": layerbox((0.5, 0.4), pans=(-0.6, 0.4)),
-    "One loud stroke": layerbox((0.7, 0.3), single=True),
+    "Natural drum": layerbox((1, 0.8)),
+    "Tight kit": layerbox((1.4, 0), envelope=[(0, 1), (0.3, 0.8), (0.5, 0)]),
+    "Room drum": layerbox((1, 1.4), solo=ROOM),
+    "Gated room": layerbox((0.6, 1.1), envelope=[(0, 1), (0.45, 1), (0.5, 0)]),
+    "Off to the side": layerbox((0.8, 0.6), pans=(-0.6, 0.4)),
+    "One loud stroke": layerbox((1.1, 0.5), single=True),
 }

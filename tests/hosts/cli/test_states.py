@@ -2,11 +2,15 @@
 
 import itertools
 import json
+import os
+import subprocess
+import sys
 import unittest
 from pathlib import Path
 
-from command_case import COMMAND, CommandCase, Wav
+from command_case import COMMAND, DONE, CommandCase, Wav
 
+TOOLS = Path(os.environ["SONVELLE_SOURCES"]) / "tools"
 STATES = COMMAND.parent / "content" / "states"
 INSTRUMENTS = ("Toneloom4NN", "Playbox", "Vinylrake", "Layerbox", "Grainloom")
 QUIETEST = 10 ** (-24 / 20)
@@ -22,6 +26,19 @@ class States(CommandCase):
         printed = self.succeed("render", instrument, "note.wav", "--state", state, "--note", f"60:1:0:{NOTE_SECONDS}")
         self.assertEqual([note["made"] for note in json.loads(printed)["notes"]], [True], state)
         return Wav(self.path("note.wav")).interleaved
+
+    def test_all_play_a_whole_piece(self):
+        subprocess.run([sys.executable, "-B", TOOLS / "make_piece.py", self.path("piece.mid")], check=True)
+        for file in sorted(STATES.glob("*/*.xml")):
+            # Many notes together may exceed full scale, of which the command warns.
+            done = self.run_command("render", file.parent.name, "piece.wav", "--state", file, "--midi", "piece.mid",
+                                    "--rate", 22050, "--channels", 1)
+            self.assertEqual(done.code, DONE, done.err)
+            self.assertTrue(all(note["made"] for note in json.loads(done.out)["notes"]), file)
+            piece = Wav(self.path("piece.wav"))
+            self.assertTrue(40 < piece.frames / piece.rate < 50, file)
+            peak = max(map(abs, piece.interleaved))
+            self.assertTrue(QUIETEST <= peak < 10, f"{file}: peak {peak}")
 
     def test_there_are_six_of_every_instrument(self):
         instruments = {row["name"] for row in json.loads(self.succeed("list", "--json")) if row["kind"] == "instrument"}
