@@ -1,23 +1,16 @@
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 #include "audiofiles/MMultiSampleFile.h"
 #include "audiofiles/MSubSampleLibrary.h"
 #include "core/MAudioBuffer.h"
 #include "hosts/cli/InstrumentRender.h"
+#include "hosts/cli/Json.h"
 #include "hosts/cli/Listing.h"
 #include "resources/MResourceLibrary.h"
 
 namespace cli {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
-
-// What is no UTF-8 comes out as replacement characters.
-std::string Print(const Json& json) {
-  return json.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
-}
 
 Json Number(const MPluginParameter& row, double value) {
   return bridge::IsWhole(row) ? Json(static_cast<int32_t>(value)) : Json(value);
@@ -39,7 +32,7 @@ std::string ListAsJson(const bridge::PluginTable& plugins) {
   Json list = Json::array();
   for (const bridge::PluginType& type : plugins)
     list.push_back({{"name", type.name}, {"kind", KindName(type.kind)}, {"summary", type.summary}});
-  return Print(list);
+  return JsonText(list);
 }
 
 std::string ParametersAsJson(const bridge::Plugin& plugin) {
@@ -62,35 +55,35 @@ std::string ParametersAsJson(const bridge::Plugin& plugin) {
           std::vector<std::string>(row.enumeration.choices, row.enumeration.choices + row.enumeration.count);
     list.push_back(json);
   }
-  return Print(list);
+  return JsonText(list);
 }
 
 std::string ResourcesAsJson(const MResourceLibrary& library) {
   Json resources = Json::array();
   for (const MResource* const resource : library.GetResources())
     resources.push_back({{"id", bridge::ToUtf8(resource->id)}, {"size", resource->size}});
-  return Print({{"kind", "resources"}, {"resources", resources}});
+  return JsonText({{"kind", "resources"}, {"resources", resources}});
 }
 
 std::string SampleAsJson(const MAudioBuffer& sample) {
-  return Print({{"kind", "sample"},
-                {"channels", sample.GetChannelCount()},
-                {"rate", sample.sampleRate},
-                {"length", sample.GetLength()},
-                {"bits", sample.bitDepth},
-                {"peak", GetPeak(sample)}});
+  return JsonText({{"kind", "sample"},
+                   {"channels", sample.GetChannelCount()},
+                   {"rate", sample.sampleRate},
+                   {"length", sample.GetLength()},
+                   {"bits", sample.bitDepth},
+                   {"peak", GetPeak(sample)}});
 }
 
 std::string MultisampleAsJson(const MMultiSampleFile& file) {
   Json tracks = Json::array();
   for (const MMultiSampleFile::Track& track : file.GetTracks())
     tracks.push_back({{"name", bridge::ToUtf8(track.name)}, {"volume", track.volume}, {"pan", track.pan}});
-  return Print({{"kind", "multisample"},
-                {"rate", file.GetSampleRate()},
-                {"takes", file.GetTakes().size()},
-                {"layers", file.GetLayers().size()},
-                {"length", file.GetLongest()},
-                {"tracks", tracks}});
+  return JsonText({{"kind", "multisample"},
+                   {"rate", file.GetSampleRate()},
+                   {"takes", file.GetTakes().size()},
+                   {"layers", file.GetLayers().size()},
+                   {"length", file.GetLongest()},
+                   {"tracks", tracks}});
 }
 
 std::string SubsamplesAsJson(const MSubSampleLibrary& library) {
@@ -99,14 +92,14 @@ std::string SubsamplesAsJson(const MSubSampleLibrary& library) {
     const MSubSampleLibrary::Band& band = library.GetBand(b);
     bands.push_back({{"first", band.firstBin}, {"bins", band.binCount}, {"count", band.GetCount()}});
   }
-  return Print({{"kind", "subsamples"}, {"rate", library.GetRate()}, {"bands", bands}});
+  return JsonText({{"kind", "subsamples"}, {"rate", library.GetRate()}, {"bands", bands}});
 }
 
 std::string NotesAsJson(const std::vector<NoteResult>& notes) {
   Json list = Json::array();
   for (const NoteResult& note : notes)
     list.push_back({{"made", note.isMade}, {"ended", note.ended ? Json(*note.ended) : Json()}});
-  return Print({{"notes", list}});
+  return JsonText({{"notes", list}});
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 #include "hosts/cli/MultisampleMaker.h"
 
 #include <bit>
-#include <nlohmann/json.hpp>
 
 #include "core/MException.h"
 #include "core/MXMLItem.h"
@@ -9,6 +8,7 @@
 #include "hosts/cli/AudioFiles.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/InstrumentCommand.h"
+#include "hosts/cli/Json.h"
 #include "hosts/cli/OutputStream.h"
 #include "hosts/cli/Print.h"
 #include "hosts/cli/Progress.h"
@@ -113,7 +113,6 @@ class MultisampleWriter {
 };
 
 std::string Describe(const TakeSet& set) {
-  using Json = nlohmann::ordered_json;
   Json takes = Json::array();
   for (const Take& take : set.takes)
     takes.push_back({{"name", take.name}, {"layer", take.layer}, {"rms", take.rms}, {"length", take.length}});
@@ -122,7 +121,7 @@ std::string Describe(const TakeSet& set) {
                      {"layers", set.takes.back().layer},
                      {"tracks", set.tracks},
                      {"takes", takes}};
-  return made.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  return JsonText(made);
 }
 
 }  // namespace

@@ -5,12 +5,12 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "audiofiles/MSubSampleLibrary.h"
 #include "dsp/MRealFFT.h"
 #include "hosts/cli/Failure.h"
 #include "hosts/cli/InstrumentCommand.h"
+#include "hosts/cli/Json.h"
 #include "hosts/cli/Print.h"
 #include "hosts/cli/Progress.h"
 #include "hosts/cli/SpectrumFrames.h"
@@ -81,7 +81,6 @@ class SubsampleMaker {
   }
 
   std::string Describe() const {
-    using Json = nlohmann::ordered_json;
     Json bands = Json::array(), recordings = Json::array();
     for (int32_t b = 0; b < kBands; ++b) bands.push_back({{"first", FirstBin(b)}, {"bins", BinCount(b)}});
     for (const Recording& r : recordings_) {
@@ -95,7 +94,7 @@ class SubsampleMaker {
     }
     const Json made = {
         {"kind", "subsamples"}, {"rate", sampleRate_}, {"bands", bands}, {"recordings", recordings}};
-    return made.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+    return JsonText(made);
   }
 
  private:
