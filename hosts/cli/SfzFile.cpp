@@ -88,7 +88,9 @@ class SfzReader {
   // A value ends in front of the next opcode or header, and may hold blanks.
   std::size_t ReadOpcode(const std::string& line, std::size_t begin) {
     const std::size_t equals = line.find('=', begin);
-    if (equals == std::string::npos) Fail(line_, '"' + line.substr(begin) + "\" is no opcode");
+    const bool isName = equals != std::string::npos &&
+                        std::all_of(&line[begin], &line[equals], IsNameLetter) && equals > begin;
+    if (!isName) Fail(line_, '"' + line.substr(begin) + "\" is no opcode");
     std::size_t end = equals + 1;
     for (; end < line.size() && line[end] != '<'; ++end) {
       if (line[end] != ' ' && line[end] != '\t') continue;

@@ -98,9 +98,11 @@ class Folder(Multisamples):
         self.write("kick/3.wav", wav_bytes(floats.tobytes(), code=3, bits=32))
         self.write("kick/4.flac", flac_bytes(shorts))
         self.write("kick/5.wav", wav_bytes(bytes([128, 129, 127, 255, 0, 128] * 50), bits=8))
+        self.write("kick/6.wav", wav_bytes(bytes([0xFF, 0x80, 0x00] * 100), code=7, bits=8))
         eights = struct.pack("<6h", 0, 256, -256, 32512, -32768, 0) * 50
         wanted = {"1": (16, struct.pack("<300h", *shorts)), "2": (24, packed), "3": (32, floats.tobytes()),
-                  "4": (16, struct.pack("<300h", *shorts)), "5": (16, eights)}
+                  "4": (16, struct.pack("<300h", *shorts)), "5": (16, eights),
+                  "6": (16, struct.pack("<3h", 0, 32124, -32124) * 100)}
         for compression, flags in ((None, 0), ("none", 0), ("zlib", 3), ("bzip2", 7)):
             made = self.make("kick", *(["--compress", compression] if compression else []))
             self.assertEqual(self.file.flags, flags)

@@ -72,7 +72,8 @@ class Sfz(Multisamples):
             ("<region> sample=hit 1.wav hivel=64\n<region> lovel=64 sample=hit 2.wav", "line 2", "overlap"),
             ("<region> sample=hit 1.wav key=36\n<region> key=38 sample=hit 2.wav", "line 2", "another key"),
             ("#include \"b.sfz\"", "line 1", "#include"), ("<region", "line 1", "does not end"),
-            ("<region> nonsense", "line 1", "\"nonsense\" is no opcode"), ("<group> lovel=1", "no region"),
+            ("<region> nonsense", "line 1", "\"nonsense\" is no opcode"), ("stray <region> sample=hit 1.wav", "line 1", "no opcode"),
+            ("<region> =x", "line 1", "no opcode"), ("<group> lovel=1", "no region"),
         ):
             with self.subTest(text=text):
                 self.refuse("kit/a.sfz", *says, source=self.sfz(text))
