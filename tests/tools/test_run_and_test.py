@@ -28,7 +28,7 @@ class ScriptCase(TreeCase):
         super().setUp()
         repository = TOOLS.parent
         (self.root / "tools").mkdir()
-        for name in ("run", "test", "tools/build-tree", "tools/demo_table.py", "tools/check_headers.py", ".ci/run"):
+        for name in ("run", "test", "tools/build-tree", "tools/demo_table.py", "tools/wav.py", "tools/check_headers.py", ".ci/run"):
             (self.root / name).parent.mkdir(exist_ok=True)
             shutil.copy(repository / name, self.root / name)
         self.write("CMakePresets.json", "{}")
@@ -52,7 +52,7 @@ class Run(ScriptCase):
         self.assertEqual(err, "Building sonvelle; the first time this takes some minutes.\n")
         jobs = self.log()[2].split("--parallel ")[1].split()[0]
         expected = ["install run", "cmake --preset release"]
-        expected += [f"cmake --build build/release --parallel {jobs} --target Sonvelle sonvelle"]
+        expected += [f"cmake --build build/release --parallel {jobs} --target Sonvelle sonvelle content"]
         self.assertEqual(self.log(), expected)
 
     def test_a_second_call_says_nothing_and_does_not_configure_again(self):

@@ -33,12 +33,12 @@ class Install(CommandCase):
         """Everything that was built, and a state of it plays from anywhere."""
         content = prefix / "share/sonvelle"
         self.assertEqual(names(content), [name for name in names(Path(BUILD) / "content") if not name.startswith(".")])
+        (self.data / "Tessaron/SonvelleConfiguration.cfg").unlink()  # of the commands before
         self.succeed("register", cwd="/")
         state = content / "states/Playbox/Church bell.xml"
         self.succeed("render", "Playbox", self.path("bell.wav"), "--state", state, "--note", "60:1:0:1", cwd="/")
         self.assertGreater(max(Wav(self.path("bell.wav")).interleaved), 0.5)
         self.path("bell.wav").unlink()
-        (self.data / "Tessaron/SonvelleConfiguration.cfg").unlink()
 
     def test_into_a_prefix(self):
         prefix = self.path("a prefix")
