@@ -68,6 +68,7 @@ LayerboxAudioStreamPlugin::LayerboxAudioStreamPlugin()
       "ride cymbals.",
       false);
   SetParameters(rows_);
+  SetPluginFlag();
 }
 
 LayerboxAudioStreamPlugin::~LayerboxAudioStreamPlugin() {

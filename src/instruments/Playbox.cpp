@@ -24,6 +24,7 @@ PlayboxAudioStreamPlugin::PlayboxAudioStreamPlugin()
       "sample delayed or simply to cut-off a part of it.",
       -0.2, 0.2, 0.0, MString(), MShowMilliseconds);
   SetParameters(rows_);
+  SetPluginFlag();
 }
 
 MAudioStream* PlayboxAudioStreamPlugin::NewStream(const MStreamRequest& request) {

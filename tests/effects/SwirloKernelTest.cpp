@@ -77,9 +77,13 @@ TEST(SwirloKernel, FollowsTheFormulaForEveryNumberOfStages) {
         ASSERT_LE(fast.in.GetDistance(plain.in), 1e-7 * peak) << stages << ", " << samples;
         ASSERT_TRUE(fast.in.GuardsHold() && fast.out.GuardsHold());
         for (int32_t side = 0; side <= right; ++side) {
-          ASSERT_NEAR(fast.channels[side].feedback, plain.channels[side].feedback, 1e-11 * peak);
+          // With d below 0 a stage swells, beyond what the output holds.
+          const SwirloChannel& channel = plain.channels[side];
+          double largest = std::max(peak, std::abs(channel.feedback));
+          for (const double stage : channel.stages) largest = std::max(largest, std::abs(stage));
+          ASSERT_NEAR(fast.channels[side].feedback, channel.feedback, 1e-11 * largest);
           for (int32_t k = 0; k < 10; ++k)
-            ASSERT_NEAR(fast.channels[side].stages[k], plain.channels[side].stages[k], 1e-11 * peak);
+            ASSERT_NEAR(fast.channels[side].stages[k], channel.stages[k], 1e-11 * largest);
         }
       }
     }
