@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
+
 #include "dsp/MProcessor.h"
 #include "effects/SwirloPasses.h"
 #include "tests/common/AudioBlock.h"
