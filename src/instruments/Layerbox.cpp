@@ -51,11 +51,7 @@ LayerboxAudioStreamPlugin::LayerboxAudioStreamPlugin()
     : MAudioStreamPlugin("LayerboxAudioStreamPlugin::CreateStream"),
       velocity_(MLineCurve(0, 1)),
       envelope_(MLineCurve(1, 1)) {
-  AddRealParameter(
-      rows_[kDelay], "Delay", "delay",
-      "<name>Delay</name> defines delay of the sample. You can use it to compensate late beginning, make the "
-      "sample delayed or simply to cut-off a part of it.",
-      -0.2, 0.2, 0.0, MString(), MShowMilliseconds);
+  AddSampleDelayParameter(rows_[kDelay]);
   AddRealParameter(rows_[kMaximalLength], "Maximal length", "maxlength",
                    "<name>Maximal length</name> defines maximal length of each sample. If specified, every "
                    "longer sample is shorten to that value and fade-out is applied. Maximal length can "
@@ -228,7 +224,7 @@ MAudioStream* LayerboxAudioStreamPlugin::NewStream(const MStreamRequest& request
   const MLocker locker(lock_);
   if (!multiSample_) return nullptr;
   auto note = std::make_unique<Note>();
-  note->position = -std::trunc(MLimitedValue(rows_[kDelay], -60, 60) * GetRate());
+  note->SetStart(rows_[kDelay], GetRate());
   note->SetSpeed(multiSample_->GetFile().GetSampleRate(), request.ratio, GetRate());
   const double velocity = MIsOn(rows_[kSingleSample]) ? 1 : request.volume;
   note->take = ChooseTake(MEnvelopeComputer::Evaluate(velocity_, std::clamp(velocity, 0.0, 1.0)));

@@ -5,12 +5,25 @@
 
 #include "core/MAudioBuffer.h"
 #include "dsp/MSampleReading.h"
+#include "plugin/MParameterFormatters.h"
 
 int32_t MStepsBelow(double end, double start, double step, int32_t count) noexcept {
   auto steps = static_cast<int32_t>(std::clamp(std::ceil((end - start) / step), 0.0, double(count)));
   while (steps > 0 && start + (steps - 1) * step >= end) --steps;
   while (steps < count && start + steps * step < end) ++steps;
   return steps;
+}
+
+void AddSampleDelayParameter(MPluginParameter& row) {
+  AddRealParameter(
+      row, "Delay", "delay",
+      "<name>Delay</name> defines delay of the sample. You can use it to compensate late beginning, make the "
+      "sample delayed or simply to cut-off a part of it.",
+      -0.2, 0.2, 0.0, MString(), MShowMilliseconds);
+}
+
+void MSampleStream::SetStart(const MPluginParameter& seconds, int32_t outputRate) noexcept {
+  position = -std::trunc(MLimitedValue(seconds, -60, 60) * outputRate);
 }
 
 void MSampleStream::SetSpeed(int32_t recordingRate, double ratio, int32_t outputRate) noexcept {

@@ -8,6 +8,10 @@ class MAudioBuffer;
 // `count`, which stands for none. The step is above 0. [audio]
 int32_t MStepsBelow(double end, double start, double step, int32_t count) noexcept;
 
+// Fills the row "delay": seconds of silence in front of a recording, or below 0 what is cut off its
+// beginning.
+void AddSampleDelayParameter(MPluginParameter& row);
+
 // A note that plays a recording: what Playbox, Layerbox and Grainloom have in common. Places are in samples
 // of the recording, in front of it where they are below 0; the note has ended at or behind `length`.
 struct MSampleStream : MAudioStream {
@@ -20,6 +24,8 @@ struct MSampleStream : MAudioStream {
   bool hasEnvelope = false;
   MEnvelopeComputer envelope;
 
+  // Begins at -(delay x output rate), truncated toward zero; the row of the delay is limited to a minute.
+  void SetStart(const MPluginParameter& seconds, int32_t outputRate) noexcept;
   // The speed of a note: recording's rate x ratio / output rate, 1 if it is within 1e-50 of that.
   void SetSpeed(int32_t recordingRate, double ratio, int32_t outputRate) noexcept;
   // Takes a copy of a curve of gains over 0 to 1, if one of its points is not 1 within 1e-50, and spreads it

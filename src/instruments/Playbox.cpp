@@ -1,11 +1,9 @@
 #include "instruments/Playbox.h"
 
-#include <cmath>
 #include <memory>
 
 #include "core/MAudioBuffer.h"
 #include "instruments/MSampleStream.h"
-#include "plugin/MParameterFormatters.h"
 
 namespace {
 
@@ -18,11 +16,7 @@ struct Note : MSampleStream {
 PlayboxAudioStreamPlugin::PlayboxAudioStreamPlugin()
     : MSamplePlugin({"filename", "envelope", "PlayboxAudioStreamPlugin::CreateStream",
                      "PlayboxAudioStreamPlugin::LoadState", "PlayboxAudioStreamPlugin::CollectFiles"}) {
-  AddRealParameter(
-      rows_[kDelay], "Delay", "delay",
-      "<name>Delay</name> defines delay of the sample. You can use it to compensate late beginning, make the "
-      "sample delayed or simply to cut-off a part of it.",
-      -0.2, 0.2, 0.0, MString(), MShowMilliseconds);
+  AddSampleDelayParameter(rows_[kDelay]);
   SetParameters(rows_);
   SetPluginFlag();
 }
@@ -32,7 +26,7 @@ MAudioStream* PlayboxAudioStreamPlugin::NewStream(const MStreamRequest& request)
   const MAudioBuffer* const sample = GetSample();
   if (!sample) return nullptr;
   auto note = std::make_unique<Note>();
-  note->position = -std::trunc(GetSeconds(rows_[kDelay]) * GetRate());
+  note->SetStart(rows_[kDelay], GetRate());
   note->SetSpeed(sample->sampleRate, request.ratio, GetRate());
   note->volume = request.volume;
   note->length = sample->GetLength();
