@@ -51,8 +51,12 @@ int32_t Plugin::FindParameter(std::string_view key) const {
 }
 
 void Plugin::SetValue(int32_t index, double value) {
-  StoreValue(block_->parameters[index], value);
-  Call(MService::kParameterChanged, index);
+  StoreValue(index, value);
+  TellChanged(index);
+}
+
+void Plugin::StoreValue(int32_t index, double value) noexcept {
+  bridge::StoreValue(block_->parameters[index], value);
 }
 
 void Plugin::SaveState(MXMLItem& item) {

@@ -28,6 +28,9 @@ class Plugin {
   // Stores the value as StoreValue does and tells the plug-in; between blocks. The index lies in the table.
   // [any]
   void SetValue(int32_t index, double value);
+  // The two halves of SetValue, for several rows that change at once: the plug-in is told of the last one.
+  void StoreValue(int32_t index, double value) noexcept;
+  void TellChanged(int32_t index) { Call(MService::kParameterChanged, index); }
 
   // Writes the plug-in's state to the item, beside what that has already. Its texts may point into the
   // library. [host]

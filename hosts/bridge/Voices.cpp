@@ -35,7 +35,43 @@ void Voices::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
   instrument_.PrepareStreams(channels, sampleRate);
 }
 
+void Voices::SetPatient(bool isPatient) {
+  isPatient_ = isPatient;
+  readVolumes_.clear();
+}
+
+// Instruments that have nothing to read do not know the command.
+void Voices::FinishLoading(double volume) {
+  if (std::find(readVolumes_.begin(), readVolumes_.end(), volume) != readVolumes_.end()) return;
+  readVolumes_.push_back(volume);
+  if (instrument_.Command("FinishLoading") == -1) return;
+  MWord stream = instrument_.CreateStream(0, volume, 1);
+  instrument_.CloseStream(stream);
+  hasFailed_ = instrument_.Command("FinishLoading") == 1 || hasFailed_;
+}
+
+int64_t Voices::Play(const NoteEvent& event) {
+  switch (event.kind) {
+    case NoteEvent::Kind::kPress:
+      return Press(event.channel, event.key, event.volume);
+    case NoteEvent::Kind::kRelease:
+      Release(event.channel, event.key);
+      break;
+    case NoteEvent::Kind::kPedal:
+      SetPedal(event.channel, event.isDown);
+      break;
+    case NoteEvent::Kind::kReleaseAll:
+      ReleaseAll(event.channel);
+      break;
+    case NoteEvent::Kind::kSilence:
+      Silence(event.channel);
+      break;
+  }
+  return -1;
+}
+
 int64_t Voices::Press(int32_t channel, int32_t key, double volume) {
+  if (isPatient_) FinishLoading(volume);
   Voice voice;
   voice.stream = instrument_.CreateStream(0, volume, std::exp2((key - kRootKey) / 12.0));
   if (voice.stream == 0) return -1;

@@ -4,6 +4,7 @@
 #include <span>
 #include <vector>
 
+#include "hosts/bridge/NoteEvent.h"
 #include "hosts/bridge/Plugin.h"
 
 namespace bridge {
@@ -32,7 +33,16 @@ class Voices {
   void SetRelease(double seconds) noexcept { releaseSeconds_ = seconds; }
   // Whether voices ring out, whatever becomes of their keys.
   void SetOneShot(bool isOneShot) noexcept { isOneShot_ = isOneShot; }
+  // Whether a note may wait for what it plays to be read, as it may offline: then the first note of each
+  // volume is announced by a stream of its own and begins when everything is read. Not for audio threads.
+  void SetPatient(bool isPatient);
+  // What the instrument plays has become another. [host]
+  void ForgetRead() noexcept { readVolumes_.clear(); }
+  // Whether something could not be read.
+  bool HasFailed() const noexcept { return hasFailed_; }
 
+  // What the event says; of a note that begins as Press.
+  int64_t Play(const NoteEvent& event);
   // Channels are 0 to 15. Begins a note and returns its number, which is not below 0, or -1 when the
   // instrument makes no stream.
   int64_t Press(int32_t channel, int32_t key, double volume);
@@ -79,6 +89,7 @@ class Voices {
     return voice.state == State::kPressed || voice.state == State::kHeldByPedal;
   }
   static double GetFade(const Voice& voice) noexcept { return double(voice.fadeLeft) / voice.fadeFrames; }
+  void FinishLoading(double volume);
   void MakeRoom();
   Voice& FindPlace();
   void Fade(Voice& voice, double seconds);
@@ -91,6 +102,9 @@ class Voices {
   int32_t sampleRate_ = 1;
   double releaseSeconds_ = kReleaseSeconds;
   bool isOneShot_ = false;
+  bool isPatient_ = false;
+  bool hasFailed_ = false;
+  std::vector<double> readVolumes_;
   int64_t nextNumber_ = 0;
   std::array<bool, kChannels> isPedalDown_ = {};
   std::array<Voice, kPlaces> voices_ = {};

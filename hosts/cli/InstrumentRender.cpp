@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <set>
 
 #include "core/MException.h"
 #include "hosts/cli/Warnings.h"
@@ -13,6 +12,7 @@ namespace cli {
 namespace {
 
 constexpr double kLongestRingSeconds = 600;  // behind the last event of a piece
+constexpr const char* kUnreadable = "some recordings of the instrument cannot be read";
 
 std::vector<float*> Planes(std::vector<float>& samples, std::size_t channels) {
   std::vector<float*> planes(channels);
@@ -76,7 +76,7 @@ int64_t InstrumentRender::GetMostFrames(const std::vector<MidiEvent>& events) co
 
 // Instruments that have nothing to load do not know the command.
 void InstrumentRender::FinishLoading() {
-  if (instrument_.Command("FinishLoading") == 1) Warn("some recordings of the instrument cannot be read");
+  if (instrument_.Command("FinishLoading") == 1) Warn(kUnreadable);
 }
 
 std::vector<NoteResult> InstrumentRender::RenderNotes(const std::vector<NoteRequest>& notes,
@@ -116,35 +116,12 @@ void InstrumentRender::AddStream(Stream& stream, NoteResult& result, int64_t pos
   instrument_.CloseStream(stream.handle);
 }
 
-// Has an instrument with layers read those that the piece uses: one request per velocity.
-void InstrumentRender::RequestLayers(const std::vector<MidiEvent>& events) {
-  if (instrument_.Command("FinishLoading") == -1) return;
-  std::set<double> volumes;
-  for (const MidiEvent& event : events)
-    if (event.kind == MidiEvent::Kind::kPress) volumes.insert(event.volume);
-  for (const double volume : volumes) {
-    MWord stream = instrument_.CreateStream(0, volume, 1);
-    instrument_.CloseStream(stream);
-  }
-  FinishLoading();
-}
-
 void InstrumentRender::Piece::Play(const MidiEvent& event) {
-  switch (event.kind) {
-    case MidiEvent::Kind::kPress:
-      results.emplace_back();
-      results.back().isMade = voices.Press(event.channel, event.key, event.volume) >= 0;
-      if (results.back().isMade) noteOfNumber.push_back(results.size() - 1);
-      return;
-    case MidiEvent::Kind::kRelease:
-      return voices.Release(event.channel, event.key);
-    case MidiEvent::Kind::kPedal:
-      return voices.SetPedal(event.channel, event.isDown);
-    case MidiEvent::Kind::kReleaseAll:
-      return voices.ReleaseAll(event.channel);
-    case MidiEvent::Kind::kSilence:
-      return voices.Silence(event.channel);
-  }
+  const int64_t number = voices.Play(event);
+  if (event.kind != MidiEvent::Kind::kPress) return;
+  results.emplace_back();
+  results.back().isMade = number >= 0;
+  if (number >= 0) noteOfNumber.push_back(results.size() - 1);
 }
 
 std::vector<NoteResult> InstrumentRender::RenderMidi(const std::vector<MidiEvent>& events, bool isOneShot,
@@ -152,7 +129,7 @@ std::vector<NoteResult> InstrumentRender::RenderMidi(const std::vector<MidiEvent
   Piece piece(instrument_, events);
   piece.voices.Prepare(format_.audio.channels, format_.audio.sampleRate, format_.blockFrames);
   piece.voices.SetOneShot(isOneShot);
-  RequestLayers(events);
+  piece.voices.SetPatient(true);
   const int64_t end = GetLastEnd(events);
   for (int64_t position = 0; !piece.IsOver() && position < end;) {
     const int32_t frames = MixBlock(piece, position);
@@ -160,6 +137,7 @@ std::vector<NoteResult> InstrumentRender::RenderMidi(const std::vector<MidiEvent
     position += frames;
   }
   WriteSilence(format_.tailFrames, sink);
+  if (piece.voices.HasFailed()) Warn(kUnreadable);
   return piece.results;
 }
 

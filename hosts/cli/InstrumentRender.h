@@ -58,7 +58,6 @@ class InstrumentRender {
   int64_t FramesOf(double seconds) const;
   int64_t GetLastEnd(const std::vector<MidiEvent>& events) const;
   void FinishLoading();
-  void RequestLayers(const std::vector<MidiEvent>& events);
   void AddStream(Stream& stream, NoteResult& result, int64_t position, int32_t frames);
   int32_t MixBlock(Piece& piece, int64_t position);
   void Write(int32_t frames, const Sink& sink);

@@ -13,10 +13,9 @@ namespace cli {
 
 namespace {
 
-constexpr uint8_t kRelease = 0x80, kPress = 0x90, kControl = 0xB0, kProgram = 0xC0, kPressure = 0xD0;
+constexpr uint8_t kProgram = 0xC0, kPressure = 0xD0;
 constexpr uint8_t kSystem = 0xF0, kExclusive = 0xF0, kExclusiveRest = 0xF7, kMeta = 0xFF;
 constexpr uint8_t kEndOfTrack = 0x2F, kTempo = 0x51;
-constexpr uint8_t kPedal = 64, kAllSoundOff = 120, kResetControllers = 121, kAllNotesOff = 123;
 constexpr uint32_t kUsualTempo = 500000;  // microseconds a quarter note
 constexpr std::size_t kLongestFile = std::size_t{1} << 26;
 
@@ -101,30 +100,11 @@ struct TimedEvent {
   uint32_t tempo;  // 0: none
 };
 
-std::optional<MidiEvent> MakeControl(MidiEvent event, uint8_t controller, uint8_t value) {
-  event.kind = MidiEvent::Kind::kPedal;
-  if (controller == kPedal) {
-    event.isDown = value >= 64;
-    return event;
-  }
-  if (controller == kResetControllers) return event;  // the pedal goes up
-  if (controller != kAllSoundOff && controller < kAllNotesOff) return std::nullopt;
-  event.kind = controller == kAllSoundOff ? MidiEvent::Kind::kSilence : MidiEvent::Kind::kReleaseAll;
-  return event;
-}
-
-std::optional<MidiEvent> ReadChannelEvent(ByteReader& reader, uint8_t status) {
+std::optional<bridge::NoteEvent> ReadChannelEvent(ByteReader& reader, uint8_t status) {
   const uint8_t kind = status & 0xF0;
   const uint8_t first = reader.ReadData();
   const uint8_t second = kind == kProgram || kind == kPressure ? uint8_t{0} : reader.ReadData();
-  MidiEvent event{0, MidiEvent::Kind::kRelease, status & 0x0F, first, 0, false};
-  if (kind == kControl) return MakeControl(event, first, second);
-  if (kind != kPress && kind != kRelease) return std::nullopt;
-  if (kind == kPress && second > 0) {
-    event.kind = MidiEvent::Kind::kPress;
-    event.volume = second / 127.0;
-  }
-  return event;
+  return bridge::ReadMidiMessage(status, first, second);
 }
 
 // Reads a meta event whose status is read; false at the end of the track.
@@ -156,7 +136,7 @@ void ReadTrack(ByteReader reader, std::vector<TimedEvent>& events) {
       if (next > kSystem) reader.Fail("an event is of no known kind");
       if (next >= 0x80) status = reader.ReadByte();
       if (status == 0) reader.Fail("an event has no status");
-      if (const auto event = ReadChannelEvent(reader, status)) events.push_back({ticks, *event, 0});
+      if (const auto event = ReadChannelEvent(reader, status)) events.push_back({ticks, {*event, 0}, 0});
     }
   }
 }

@@ -1,21 +1,15 @@
 #pragma once
-#include <cstdint>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "hosts/bridge/NoteEvent.h"
+
 namespace cli {
 
-// What a MIDI file does to an instrument.
-struct MidiEvent {
-  enum class Kind { kPress, kRelease, kPedal, kReleaseAll, kSilence };
-
-  double seconds;
-  Kind kind;
-  int32_t channel;  // 0..15
-  int32_t key;      // of a note
-  double volume;    // of kPress: velocity / 127
-  bool isDown;      // of kPedal
+// What a MIDI file does to an instrument, and when.
+struct MidiEvent : bridge::NoteEvent {
+  double seconds = 0;
 };
 
 constexpr double kMaximumMidiSeconds = 86400;
