@@ -192,7 +192,7 @@ TEST(MSubSampleRenderer, ColorOffsetOfOneTurnsEverySecondChannelRound) {
   MSubSampleBands bands;
   bands[0].index = bands[1].index = 0.3f;
   bands[9].index = 0.5f;
-  for (const std::size_t band : {0, 1}) {
+  for (const std::size_t band : {std::size_t{0}, std::size_t{1}}) {
     SubSampleFile file = Constants(band, {10, 20}, 3);
     // Between two equal sounds a band is the same whatever the offset.
     file.bands[9].sounds.push_back(file.bands[9].sounds[0]);
