@@ -57,9 +57,15 @@ TEST_P(StreamSuite, SavedStateGivesTheSameTextAndAudio) {
 TEST_P(StreamSuite, WithoutASoundThereIsNoNote) {
   StreamUnderTest instrument(GetEntry());
   instrument.Prepare(2, kRate);
-  MWord note = instrument.Create();
-  EXPECT_EQ(note != 0, GetParam().soundsWhenNew);
-  instrument.Close(note);
+  MWord note = 77;
+  MStreamRequest request;
+  request.result = &note;
+  const MWord result = instrument.Call(MService::kCreateStream, MAsWord(&request));
+  EXPECT_EQ(result, GetParam().soundsWhenNew ? 0 : 1);
+  if (result == 0)
+    instrument.Close(note);
+  else
+    EXPECT_EQ(note, 77) << "is left alone";
   PrepareSound(instrument);
   note = instrument.Create();
   EXPECT_NE(note, 0);

@@ -137,4 +137,21 @@ TEST(MEnvelopeCorners, SizesBeyond1AreLimitedWhenTheyAreUsed) {
   ExpectPeak(Peak(kLinked, -7, 0), 2, 2, Straight);
 }
 
+// An ellipse may end upright. Then the distance of the measurement counts, and the corner reaches far beyond
+// the points.
+TEST(MEnvelopeCorners, ACornerAtTheUprightEndOfASuperEllipseTakesItsMeasuredSlope) {
+  const double t = 0.2;
+  const MEnvelopeData data =
+      Curve({Point(0, 0, MEnvelopeType::kMode3, t), Rounded(Point(0.5, 1), 0, 0, 1), Point(1, 0.2)});
+  const auto ellipse = [t](double x) { return Oracle::Exponential({0, 0}, {0.5, 1}, t, x); };
+  const double slope = (ellipse(0.5) - ellipse(0.5 - 1e-10)) * 1e10;
+  EXPECT_GT(slope, 1e4);
+  double peak = 0;
+  for (double x = 0.5; x < 0.75; x += 1.0 / 256) {
+    ASSERT_NEAR(ValueOf(data, x), Oracle::Hermite({0.5, 1}, slope, {0.75, 0.6}, -1.6, x), 1e-5 * slope);
+    peak = std::max(peak, ValueOf(data, x));
+  }
+  EXPECT_GT(peak, 1000);
+}
+
 }  // namespace

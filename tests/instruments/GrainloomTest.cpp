@@ -61,8 +61,11 @@ TEST_F(Grainloom, RowsAreThoseOfTheTable) {
 }
 
 TEST_F(Grainloom, BandsHaveTitlesAndLimits) {
-  EXPECT_STREQ(grainloom->GetBandTitle(0), "Subbass 1");
-  EXPECT_STREQ(grainloom->GetBandTitle(9), "Ultra high 2");
+  const std::vector<const char*> titles = {"Subbass 1",    "Subbass 2",   "Bass 1", "Bass 2",
+                                           "Middle 1",     "Middle 2",    "High 1", "High 2",
+                                           "Ultra high 1", "Ultra high 2"};
+  for (int32_t b = 0; b < 10; ++b)
+    EXPECT_STREQ(grainloom->GetBandTitle(b), titles[static_cast<std::size_t>(b)]);
   const std::vector<int32_t> limits = {16, 16, 32, 32, 32, 64, 128, 256, 512, 512};
   for (int32_t b = 0; b < 10; ++b)
     EXPECT_EQ(grainloom->GetShiftLimit(b), limits[static_cast<std::size_t>(b)]);

@@ -49,6 +49,39 @@ TEST_F(LayerboxFilesTest, FileThatComesLaterBringsItsTracks) {
   EXPECT_EQ(player.Play(1)[0][0], 0.25f * (2 + 0.5f + 0.5f));
 }
 
+TEST_F(LayerboxFilesTest, MissingBrokenAndEmptyFilesAreReportedAndSilent) {
+  Player player(1, 1000);
+  MultiSampleInTest none;
+  for (const auto& [bytes, text] : {std::pair<std::string, std::string>{"", "Could not read required data"},
+                                    {std::string(500, 'x'), ""},
+                                    {none.Make(), "Empty multisample."}}) {
+    Write(1);
+    Load(player);
+    ASSERT_NE(player.GetPlugin().GetMultiSample(), nullptr);
+    content.GetFolder().WriteFile("MultiSamples/a", bytes);
+    ReportedTexts::Clear();
+    Load(player);
+    EXPECT_EQ(player.GetPlugin().GetMultiSample(), nullptr);
+    EXPECT_EQ(player.Create(), 0);
+    ASSERT_EQ(reported.Get().size(), 1u);
+    EXPECT_NE(reported.Get()[0].find("LayerboxAudioStreamPlugin::LoadState"), std::string::npos);
+    EXPECT_NE(reported.Get()[0].find(text), std::string::npos) << reported.Get()[0];
+    EXPECT_EQ(SonvelleConfiguration::Get()->multiSampleCache.GetCount(), 0);
+  }
+  ReportedTexts::Clear();
+}
+
+TEST(Layerbox, WithoutAConfigurationIsSilentWithoutAReport) {
+  const ReportedTexts reported;
+  Player player;
+  MXMLItem state("state");
+  state.SetAttribute("filename", "a");
+  player.Load(state);
+  EXPECT_EQ(player.Create(), 0);
+  player.Set(kSingleSample, 1);
+  EXPECT_TRUE(reported.Get().empty());
+}
+
 TEST_F(LayerboxFilesTest, FileThatGoesKeepsTheTracksForTheState) {
   Write(2);
   Player player(1, 1000);

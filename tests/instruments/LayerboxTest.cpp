@@ -95,6 +95,8 @@ TEST_F(LayerboxTest, VelocityCurveMapsToLayersAndOneLayerPlaysWhateverItSays) {
   curve.Add(0, 1);
   curve.Add(1, 0);
   EXPECT_NEAR(player.Play(1, 1)[0][0], 0.1 / 0.25, 1e-6);
+  EXPECT_NEAR(player.Play(1, 0.6)[0][0], 0.2 * 0.6 / 0.5 * 0.6, 1e-6);
+  EXPECT_NEAR(player.Play(1, 0.1)[0][0], 0.4 * 0.1 * 0.1, 1e-7);
   MultiSampleInTest one = ThreeLayers();
   one.takes.resize(1);
   Write(one);

@@ -188,6 +188,26 @@ TEST(MSubSampleRenderer, ColorOffsetMovesEvenAndOddBandsInOppositeDirections) {
   EXPECT_NEAR(ConstantsOf(even, bands, 0.4)[1], 11 / 0.6, 2e-3) << "m is 1.9, and goes back";
 }
 
+TEST(MSubSampleRenderer, ColorOffsetOfOneTurnsEverySecondChannelRound) {
+  MSubSampleBands bands;
+  bands[0].index = bands[1].index = 0.3f;
+  bands[9].index = 0.5f;
+  for (const std::size_t band : {std::size_t{0}, std::size_t{1}}) {
+    SubSampleFile file = Constants(band, {10, 20}, 3);
+    // Between two equal sounds a band is the same whatever the offset.
+    file.bands[9].sounds.push_back(file.bands[9].sounds[0]);
+    SubSampleLibraryInTest library(file);
+    for (const auto& [offset, expected] :
+         {std::pair<double, std::vector<double>>{1, {13, 17, 13}},
+          {0.2, band == 0 ? std::vector<double>{13, 11, 11} : std::vector<double>{13, 15, 17}}}) {
+      const std::vector<double> found = ConstantsOf(library, bands, offset);
+      ASSERT_EQ(found.size(), 3u);
+      for (std::size_t c = 0; c < 3; ++c)
+        EXPECT_NEAR(found[c], expected[c], 2e-3) << "band " << band << ", " << offset << ", channel " << c;
+    }
+  }
+}
+
 TEST(MSubSampleRenderer, WithoutAnUpperSoundTheLowerStillCountsOnlyItsPart) {
   MSubSampleBands bands;
   SubSampleLibraryInTest library(Constants(0, {10}, 2));

@@ -7,6 +7,7 @@
 #include "tests/common/ReportedTexts.h"
 #include "tests/common/TestRandom.h"
 #include "tests/instruments/ContentFolder.h"
+#include "tests/instruments/RecordingModel.h"
 #include "tests/instruments/StreamPlayer.h"
 
 namespace {
@@ -68,6 +69,53 @@ TEST_F(PlayboxTest, DelayIsAPlaceInTheSample) {
       for (std::size_t i = 0; i < silent; ++i) ASSERT_EQ(block[0][i], 0);
       EXPECT_EQ(block[0][silent], Noise(1, 400)[0][delay < 0 ? 200 : 0]) << ratio << " " << delay;
     }
+}
+
+TEST_F(PlayboxTest, OtherSpeedsReadTheCubicUpToBothEndsOfTheSample) {
+  const Channels noise = Noise(2, 1001);
+  // Rate of the sample, rate of the output, ratio.
+  const std::tuple<int32_t, int32_t, double> notes[] = {{44100, 44100, 0.5}, {44100, 44100, 1.5},
+                                                        {44100, 44100, 2},   {48000, 44100, 1},
+                                                        {44100, 48000, 1},   {48000, 44100, 1.5}};
+  for (const auto& [recorded, rate, ratio] : notes) {
+    content.WriteSample("Samples/a.wav", noise, recorded);
+    Player player(2, rate);
+    ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+    const double speed = recorded * ratio / rate;
+    const auto length = static_cast<int32_t>(std::ceil(1001 / speed));
+    MWord note = player.Create(0.5, ratio);
+    const Player::Block block = player.Compute(note, length, {length - 1, 1});
+    EXPECT_EQ(player.GetResult(), MStreamResult::kEnded) << speed;
+    for (std::size_t c = 0; c < 2; ++c)
+      for (std::size_t i = 0; i < block[c].size(); ++i)
+        ASSERT_NEAR(block[c][i], 0.5 * RecordingModel::Hear(noise[c], static_cast<double>(i) * speed, speed),
+                    1e-6)
+            << speed << " at " << i;
+    player.Close(note);
+    note = player.Create(0.5, ratio);
+    player.Compute(note, length - 1);
+    EXPECT_EQ(player.GetResult(), MStreamResult::kSounds) << speed;
+    player.Close(note);
+  }
+}
+
+TEST_F(PlayboxTest, DelayCountsSamplesOfTheOutputAndIsTruncated) {
+  const Channels noise = Noise(1, 400);
+  content.WriteSample("Samples/a.wav", noise, 1000);
+  for (const int32_t rate : {500, 1000, 1600})
+    for (const double ratio : {0.5, 1.0, 2.0})
+      for (const double delay : {-0.2, -0.0999, 0.0, 0.0999, 0.2}) {
+        Player player(1, rate);
+        ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+        player.Set(0, delay);
+        const double speed = 1000 * ratio / rate;
+        const double start = -std::trunc(delay * rate);
+        const Player::Block block = player.Play(2500, 1, ratio);
+        for (std::size_t i = 0; i < 2500; ++i)
+          ASSERT_NEAR(block[0][i],
+                      RecordingModel::Hear(noise[0], start + static_cast<double>(i) * speed, speed), 2e-6)
+              << rate << " " << ratio << " " << delay << " at " << i;
+      }
 }
 
 TEST_F(PlayboxTest, StreamOutlivesTheReplacementOfItsSample) {
@@ -237,10 +285,17 @@ TEST_F(PlayboxTest, CollectionNamesTheFileOrCopiesItFromTheOwnFolder) {
 }
 
 TEST_F(PlayboxTest, OutputsTakeTheChannelsInTurn) {
-  content.WriteSample("Samples/a.wav", {{0.25f}, {0.5f}, {0.75f}});
-  Player player(5);
-  ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
-  EXPECT_EQ(player.Play(1), (Player::Block{{0.25f}, {0.5f}, {0.75f}, {0.25f}, {0.5f}}));
+  const Channels channels = {{0.25f}, {0.5f}, {0.75f}};
+  for (std::size_t recorded = 1; recorded <= 3; ++recorded) {
+    content.WriteSample("Samples/a.wav", {channels.begin(), channels.begin() + static_cast<int>(recorded)});
+    for (std::size_t outputs = 1; outputs <= 5; ++outputs) {
+      Player player(static_cast<int32_t>(outputs));
+      ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+      const Player::Block block = player.Play(1);
+      for (std::size_t c = 0; c < outputs; ++c)
+        EXPECT_EQ(block[c], channels[c % recorded]) << recorded << " to " << outputs;
+    }
+  }
 }
 
 TEST(Playbox, WithoutAConfigurationIsSilentWithoutAReport) {

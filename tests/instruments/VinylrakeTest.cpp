@@ -7,6 +7,7 @@
 #include "tests/common/ReportedTexts.h"
 #include "tests/common/TestRandom.h"
 #include "tests/instruments/ContentFolder.h"
+#include "tests/instruments/RecordingModel.h"
 #include "tests/instruments/StreamPlayer.h"
 
 namespace {
@@ -51,21 +52,55 @@ TEST_F(VinylrakeTest, ReversedScratchPlaysBackwards) {
   for (std::size_t i = 10; i < 990; ++i) ASSERT_NEAR(block[0][i], 1 - static_cast<double>(i) / 1000, 1e-5);
 }
 
-TEST_F(VinylrakeTest, RatioActsTwice) {
+TEST_F(VinylrakeTest, ZigzagScratchPlaysForwardAndBack) {
   Write(Ramp(500));
   Player player(1, 1000);
   ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
-  MWord note = player.Create(1, 2);
-  const Player::Block block = player.Compute(note, 250, {250});
+  Draw(player.GetPlugin().GetScratch(), {{0, 0.1}, {0.25, 0.9}, {0.5, 0.3}, {0.8, 0.6}, {1, 0.1}});
+  const Player::Block block = player.Play(1000);
+  for (std::size_t i = 0; i < 1000; ++i) {
+    const double x = static_cast<double>(i) / 1000;
+    const double place = x < 0.25  ? 0.1 + x * 3.2
+                         : x < 0.5 ? 0.9 - (x - 0.25) * 2.4
+                         : x < 0.8 ? 0.3 + (x - 0.5)
+                                   : 0.6 - (x - 0.8) * 2.5;
+    ASSERT_NEAR(block[0][i], place, 1e-5) << i;
+  }
+}
+
+TEST_F(VinylrakeTest, RatioActsTwice) {
+  Write(Ramp(500));
+  for (const double ratio : {0.5, 1.0, 2.0}) {
+    Player player(1, 1000);
+    ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+    const auto length = static_cast<int32_t>(1000 / (ratio * ratio));
+    MWord note = player.Create(1, ratio);
+    const Player::Block block = player.Compute(note, length - 1);
+    EXPECT_EQ(player.GetResult(), MStreamResult::kSounds) << ratio;
+    player.Compute(note, 1);
+    EXPECT_EQ(player.GetResult(), MStreamResult::kEnded) << ratio;
+    // The cubic bends within two samples of the sample's ends.
+    for (int32_t i = length / 200; i < length - length / 100; ++i)
+      ASSERT_NEAR(block[0][static_cast<std::size_t>(i)], static_cast<double>(i) / length, 1e-5) << ratio;
+    player.Close(note);
+  }
+}
+
+TEST_F(VinylrakeTest, VolumeThatEndsBehindTheLengthDoesNotExtendIt) {
+  Write(Ramp(500));
+  Player player(1, 1000);
+  ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+  Draw(player.GetPlugin().GetEnvelope(), {{0, 1}, {2, 0}, {3, 0}});
+  MWord note = player.Create();
+  const Player::Block block = player.Compute(note, 1100, {999, 1, 100});
   EXPECT_EQ(player.GetResult(), MStreamResult::kEnded);
-  for (std::size_t i = 4; i < 245; ++i) ASSERT_NEAR(block[0][i], static_cast<double>(i) / 250, 1e-5);
+  for (std::size_t i = 4; i < 990; ++i) {
+    const double x = static_cast<double>(i) / 1000;
+    ASSERT_NEAR(block[0][i], x * (1 - x / 2), 1e-5);
+  }
+  EXPECT_NE(block[0][999], 0);
+  for (std::size_t i = 1000; i < 1100; ++i) ASSERT_EQ(block[0][i], 0);
   player.Close(note);
-  MWord slow = player.Create(1, 0.5);
-  player.Compute(slow, 3999, {3999});
-  EXPECT_EQ(player.GetResult(), MStreamResult::kSounds);
-  player.Compute(slow, 1);
-  EXPECT_EQ(player.GetResult(), MStreamResult::kEnded);
-  player.Close(slow);
 }
 
 TEST_F(VinylrakeTest, VolumeThatEndsEarlyCutsTheLengthAndCompressesTheScratch) {
@@ -92,13 +127,39 @@ TEST_F(VinylrakeTest, PlacesAreLimitedAtTheEndAndSilentInFrontOfTheSample) {
   EXPECT_EQ(block[0][900], 0);
 }
 
-TEST_F(VinylrakeTest, SamplesOfOneAndTwoSamplesAreSafe) {
-  for (const std::size_t length : {1, 2}) {
-    Write(std::vector<float>(length, 0.5f));
-    Player player(1, 1000);
-    ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
-    const Player::Block block = player.Play(1100);
-    for (const float sample : block[0]) ASSERT_TRUE(sample >= 0 && sample < 0.6f) << sample;
+TEST_F(VinylrakeTest, RecordingOfOneSampleIsAConstant) {
+  Write({0.5f});
+  Player player(1, 1000);
+  ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+  const Player::Block block = player.Play(1100);
+  for (std::size_t i = 0; i < 1100; ++i) ASSERT_EQ(block[0][i], i < 1000 ? 0.5f : 0) << i;
+}
+
+TEST_F(VinylrakeTest, RecordingOfTwoSamplesIsTheCubicBetweenThem) {
+  const std::vector<float> samples = {0.5f, -0.25f};
+  Write(samples);
+  Player player(1, 1000);
+  ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+  const Player::Block block = player.Play(1100);
+  for (std::size_t i = 0; i < 1000; ++i) {
+    const double place = std::min(static_cast<double>(i) / 500, 1.0);
+    ASSERT_NEAR(block[0][i], RecordingModel::Cubic(samples, 0, place), 1e-6) << i;
+  }
+}
+
+TEST_F(VinylrakeTest, OutputsTakeTheChannelsInTurn) {
+  for (int32_t recorded = 1; recorded <= 3; ++recorded) {
+    std::vector<std::vector<float>> channels;
+    for (int32_t c = 1; c <= recorded; ++c) channels.emplace_back(100, static_cast<float>(c) / 4);
+    content.WriteSample("Samples/a.wav", channels, 1000);
+    for (int32_t outputs = 1; outputs <= 3; ++outputs) {
+      Player player(outputs, 1000);
+      ASSERT_TRUE(player.Import(content.Text("Samples"), "a.wav"));
+      const Player::Block block = player.Play(600);
+      for (int32_t c = 0; c < outputs; ++c)
+        EXPECT_EQ(block[static_cast<std::size_t>(c)][500], static_cast<float>(c % recorded + 1) / 4)
+            << recorded << " to " << outputs;
+    }
   }
 }
 

@@ -164,6 +164,16 @@ TEST(MOscillatorAudioSource, LengthInUseIsLimited) {
   EXPECT_EQ(calls, std::vector<bool>{true});
 }
 
+TEST(MOscillatorAudioSource, FormatBringsTheWaveUpToDate) {
+  MOscillatorAudioSource oscillator;
+  oscillator.SetFormat(1, 44100);
+  oscillator.signal.SetShape(MWaveShapes::kRectangle);
+  const AudioBlock sine = Pump(oscillator, 1, 147);
+  EXPECT_NEAR(sine[0][5], std::sin(2 * std::numbers::pi * 5 / 147), 1e-3);
+  oscillator.SetFormat(1, 44100);
+  EXPECT_EQ(Pump(oscillator, 1, 147)[0][5], 1);
+}
+
 TEST(MOscillatorAudioSource, EditsDoNotReachASoundButThoseOfTheWaveDo) {
   MOscillatorAudioSource oscillator, untouched;
   for (MOscillatorAudioSource* object : {&oscillator, &untouched}) {
