@@ -137,9 +137,21 @@ TEST(ampegdecoder, CanBePeekedUpToTheEndOfAFrame) {
   EXPECT_EQ(d.Read(2), std::string(peeked, 2));
   EXPECT_EQ(d.decoder.RawPeek(peeked, 100), 2);
   EXPECT_EQ(d.decoder.RawPeek(peeked, 0), 0);
+}
+
+TEST(ampegdecoder, GivesNothingOnceItIsClosed) {
+  Decoding d(LayerI(3));
+  d.Read(d.frameBytes + 4);
   d.decoder.Close();
-  EXPECT_EQ(d.decoder.RawPeek(peeked, 100), 0);
+  char byte;
+  EXPECT_EQ(d.decoder.RawPeek(&byte, 1), 0);
   EXPECT_EQ(d.Read(1), "");
+  for (const int32_t position : {0, 4, d.frameBytes, d.frameBytes + 8, d.size}) {
+    d.decoder.RawSeek(position);
+    EXPECT_EQ(d.decoder.RawPeek(&byte, 1), 0) << position;
+    EXPECT_EQ(d.Read(1), "") << position;
+    EXPECT_EQ(d.decoder.Ioctl(mp3dec::kHasEnded), 1) << position;
+  }
 }
 
 TEST(ampegdecoder, EstimatesItsLengthFromTheBitRate) {
@@ -169,6 +181,21 @@ TEST(ampegdecoder, AveragesTheBitRateOfUpToEightFramesOfLayerIII) {
   const ampegdecoder decoder(file);
   EXPECT_EQ(decoder.GetBitRate(), 128000);
   EXPECT_EQ(decoder.GetFrameCount(), -1);
+}
+
+TEST(ampegdecoder, DoesNotAverageTheBitRateOfLayersIAndII) {
+  TestRandom random(5);
+  const std::string layerI =
+      LayerIFrame(random, 0xFF, 0, 12, 0, 416) + LayerIFrame(random, 0xFF, 0, 8, 0, 276);
+  const Decoding first(layerI);
+  EXPECT_EQ(first.decoder.GetFrameCount(), 2);
+  EXPECT_EQ(first.decoder.GetBitRate(), 384000);
+  const std::string layerII = std::string("\xFF\xFD\xA0\0", 4) + std::string(622, '\0') +
+                              std::string("\xFF\xFD\x80\0", 4) + std::string(413, '\0');
+  const Decoding second(layerII);
+  EXPECT_EQ(second.decoder.GetFrameCount(), 2);
+  EXPECT_EQ(second.decoder.GetBitRate(), 192000);
+  EXPECT_EQ(second.decoder.GetEstimatedLength(), int64_t{626 + 417} * 8 * 44100 / 192000);
 }
 
 TEST(ampegdecoder, OverASourceThatOnlyGoesForwardCannotSeek) {
