@@ -81,6 +81,18 @@ class Counter final : public MAudioStreamPlugin {
   int32_t freed = 0;
 };
 
+TEST(MAudioStreamPlugin, ServicesAndResultsHaveTheirNumbers) {
+  EXPECT_EQ(MService::kPrepareStreams, 200);
+  EXPECT_EQ(MService::kCreateStream, 201);
+  EXPECT_EQ(MService::kComputeStream, 202);
+  EXPECT_EQ(MService::kStreamQuery, 203);
+  EXPECT_EQ(MService::kCloseStream, 204);
+  EXPECT_EQ(MService::kCollectFiles, 205);
+  EXPECT_EQ(MStreamResult::kSounds, 0);
+  EXPECT_EQ(MStreamResult::kEnded, 1);
+  EXPECT_EQ(MStreamResult::kNotStarted, 2);
+}
+
 TEST(MAudioStreamPlugin, PrepareStoresTheFormatAndUpdates) {
   Counter plugin;
   EXPECT_EQ(plugin.Serve(MService::kPrepareStreams, 2, 48000), 0);
