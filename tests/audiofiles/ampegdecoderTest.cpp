@@ -48,17 +48,25 @@ TEST_P(ampegdecoderEncodings, GiveTheSameBehindASeekAsFromTheStart) {
   Decoding d(Encode(GetParam(), 1.5));
   const std::string all = d.Read(d.size + 1);
   ASSERT_EQ(all.size(), static_cast<std::size_t>(d.size));
-  TestRandom random;
-  for (int i = 0; i < 150; ++i) {
-    const int32_t frame = random.Below(d.size / d.frameBytes + 1);
-    const int32_t position = frame * d.frameBytes + (random.OneIn(2) ? 0 : random.Below(d.frameBytes));
-    const int32_t reached = std::min(position, d.size);
+  const auto expectAt = [&](int32_t position, int32_t count) {
+    const int32_t reached = std::clamp(position, 0, d.size);
     ASSERT_EQ(d.decoder.RawSeek(position), reached);
     ASSERT_EQ(d.decoder.Ioctl(mp3dec::kGetPosition), reached);
-    const int32_t count = random.Below(3 * d.frameBytes);
     ASSERT_TRUE(d.Read(count) ==
                 all.substr(static_cast<std::size_t>(reached), static_cast<std::size_t>(count)))
         << position << " " << count;
+  };
+  // The start, a place inside of a frame, its borders, the end, and places outside.
+  const int32_t frame = d.size / 2 / d.frameBytes * d.frameBytes;
+  for (const int32_t position : {0, frame + 5, frame, frame + d.frameBytes, d.size - 1, 0, d.size, frame + 7,
+                                 frame + 3, -1, d.size + 1, d.size - d.frameBytes})
+    for (const int32_t count : {1, 1000, d.frameBytes, 3 * d.frameBytes})
+      ASSERT_NO_FATAL_FAILURE(expectAt(position, count));
+  TestRandom random;
+  for (int i = 0; i < 150; ++i) {
+    const int32_t start = random.Below(d.size / d.frameBytes + 1) * d.frameBytes;
+    const int32_t position = start + (random.OneIn(2) ? 0 : random.Below(d.frameBytes));
+    ASSERT_NO_FATAL_FAILURE(expectAt(position, random.Below(3 * d.frameBytes)));
   }
 }
 
