@@ -41,6 +41,7 @@ OS = set(
     termios.h threads.h ucontext.h ulimit.h unistd.h utime.h utmpx.h values.h wait.h winbase.h windef.h windows.h
     winsock2.h winuser.h wordexp.h xlocale.h""".split()
 )
+FORMATS = {"lv2/": "hosts/lv2/", "clap/": "hosts/clap/", "travesty/": "hosts/vst3/"}
 OS_FOLDERS = ("sys/", "linux/", "asm/", "bits/", "net/", "netinet/", "arpa/", "mach/", "ext/", "experimental/")
 SIMD = re.compile(r"(?:\w*mmintrin|immintrin|x86intrin|x86gprintrin|intrin|cpuid|arm_\w+)\.h")
 
@@ -145,6 +146,9 @@ def check_angled(root, name, line, header, third_parties, findings):
     elif SIMD.fullmatch(header):
         if not name.endswith("_simd.cpp"):
             findings.append(f"{name}:{line}: <{header}> belongs into *_simd.cpp")
+    elif (adapter := FORMATS.get(header[:header.find("/") + 1])):
+        if not name.startswith(adapter):
+            findings.append(f"{name}:{line}: <{header}> belongs into {adapter}")
     elif header not in LIBRARY:
         third_parties[name.split("/")[0], header].append(f"{name}:{line}")
 

@@ -1,4 +1,4 @@
-#include "clap/entry.h"
+#include <clap/entry.h>
 
 #include "hosts/builtin/BuiltInPlugins.h"
 

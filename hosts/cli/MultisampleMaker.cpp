@@ -77,7 +77,10 @@ class MultisampleWriter {
     floats_.resize(static_cast<std::size_t>(kChunkFrames) * channels);
     integers_.resize(floats_.size());
     int64_t left = track.length;
-    if (reader.GetFormat().channels != track.channels || reader.GetBits() != track.bits) left = -1;
+    const AudioFormat& format = reader.GetFormat();
+    const bool isSame = format.channels == track.channels && format.sampleRate == set_.sampleRate &&
+                        reader.GetBits() == track.bits;
+    if (!isSame) left = -1;
     while (left > 0) {
       const int64_t wanted = std::min(left, kChunkFrames);
       const int64_t frames = track.bits == 32 ? reader.Read(floats_.data(), wanted)

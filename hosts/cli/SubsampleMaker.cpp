@@ -178,9 +178,11 @@ class SubsampleMaker {
 
   void WriteSpectra(Recording& recording, OutputFile& output) {
     FrameReader reader(recording.path);
+    const AudioFormat& format = reader.GetFormat();
+    const bool isSame = format.channels == recording.channels && format.sampleRate == sampleRate_;
     std::vector<FrameComparison> comparisons(static_cast<std::size_t>(recording.channels));
     int32_t frame = 0;
-    for (; frame < recording.frames && reader.Next(); ++frame)
+    for (; isSame && frame < recording.frames && reader.Next(); ++frame)
       for (int32_t c = 0; c < recording.channels; ++c) {
         std::copy_n(reader.GetChannel(c), kSize, spectrum_.data());
         transform_.Forward(spectrum_.data());
@@ -189,7 +191,7 @@ class SubsampleMaker {
         comparisons[static_cast<std::size_t>(c)].Add(reader.GetChannel(c), spectrum_.data(),
                                                      recording.difference);
       }
-    if (frame < recording.frames || reader.GetLength() != recording.length)
+    if (!isSame || frame < recording.frames || reader.GetLength() != recording.length)
       Refuse(recording.path, "the file has changed while it was read");
     for (int32_t c = 0; c < recording.channels; ++c)
       comparisons[static_cast<std::size_t>(c)].Finish(reader.GetChannel(c), recording.difference);

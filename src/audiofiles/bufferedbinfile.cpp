@@ -47,7 +47,8 @@ bool bufferedbinfile::MoveInBuffer(int64_t position) noexcept {
 }
 
 void bufferedbinfile::CutBuffer(int64_t position) noexcept {
-  const int64_t kept = std::max<int64_t>(position - position_, 0);
+  const int64_t kept = position - position_;
+  if (kept < 0) return Restart(position_);  // what lies in front of the place could be read again
   if (kept < filled_ - begin_) filled_ = begin_ + static_cast<int32_t>(kept);
 }
 

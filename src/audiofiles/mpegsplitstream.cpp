@@ -18,6 +18,7 @@ bool IsAudio(uint32_t code) {
 }  // namespace
 
 void mpegsplitstream::Close() {
+  base_.Close();  // else going back would begin again
   packetLeft_ = 0;
   hasEnded_ = true;
   Restart(GetPosition());

@@ -4,7 +4,8 @@
 namespace mp3dec {
 
 // The bytes of the first audio stream (0xC0 to 0xDF) of a program stream, ISO/IEC 11172-1 or 13818-1, that
-// begins where `base` stands. A broken packet ends it. Going back reads from the start again.
+// begins where `base` stands. A broken packet ends it. Going back reads from the start again. Closing it
+// closes `base`.
 class mpegsplitstream final : public bufferedbinfile {
  public:
   explicit mpegsplitstream(binfile& base) : base_(base), start_(base.Ioctl(kGetPosition)) {}

@@ -2,6 +2,7 @@
 
 #include "tests/audiofiles/MPEGFiles.h"
 #include "tests/audiofiles/MadDecoder.h"
+#include "tests/common/CountingFunctions.h"
 
 namespace {
 
@@ -155,10 +156,26 @@ TEST(MMPEGFile, EndsQuietlyWithWhatIsNoWholeFrame) {
 TEST(MMPEGFile, TakesMemoryForItsFramesOnly) {
   REQUIRE_ENCODER("lame");
   const std::string bytes = Encode({"lame", "--silent -b 8 -m m -t", 8000, 1});  // frames of 72 bytes
+  const CountingFunctions counting;
   MAudioBuffer buffer;
   Load(buffer, bytes.substr(0, 3 * 72) + std::string(1000000, 'x'));
+  EXPECT_LE(CountingFunctions::GetLargest(), 3 * 576 * 4 + 64);
   EXPECT_EQ(buffer.GetLength(), 3 * 576);
   EXPECT_EQ(buffer.GetCapacity(), 3 * 576);
+}
+
+// Nobody tells how many frames come: room doubles.
+TEST(MMPEGFile, OfAStreamThatOnlyGoesForwardTakesAtMostTwiceTheMemoryOfItsFrames) {
+  TestRandom random;
+  std::string bytes;
+  for (int i = 0; i < 33; ++i) bytes += LayerIFrame(random, 0xFF, 0, 12, 0, 416);
+  ForwardStream forward(bytes + std::string(1000000, 'x'));
+  const CountingFunctions counting;
+  MAudioBuffer buffer;
+  LoadMPEG(buffer, forward);
+  EXPECT_EQ(buffer.GetLength(), 33 * 384);
+  EXPECT_LE(buffer.GetCapacity(), 2 * 33 * 384);
+  EXPECT_LE(CountingFunctions::GetLargest(), int64_t{2} * 33 * 384 * 4 + 64);
 }
 
 }  // namespace

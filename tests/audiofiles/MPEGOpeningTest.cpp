@@ -69,6 +69,27 @@ TEST(MPEGOpening, PassesGarbageOfEvenLength) {
   ExpectNoHeader(std::string(2050, 'x') + Frames(), "byte 2050");
 }
 
+// Layer I, and an empty frame of layer III.
+TEST(MPEGOpening, PassesGarbageOfEvenLengthInFrontOfMPEG2) {
+  TestRandom random(4);
+  std::string layerI;
+  for (int i = 0; i < 6; ++i) layerI += LayerIFrame(random, 0xF7, 0, 8, 1, 276);
+  const std::string layerIII = std::string("\xFF\xF3\x50\xC0") + std::string(257, '\0');
+  for (const std::string& frames : {layerI, layerIII}) {
+    MAudioBuffer plain;
+    Load(plain, frames);
+    EXPECT_EQ(plain.sampleRate, 22050);
+    EXPECT_GE(plain.GetLength(), 576);
+    for (const std::size_t length : {2u, 1000u, 2048u}) {
+      MAudioBuffer buffer;
+      Load(buffer, std::string(length, 'x') + frames);
+      EXPECT_EQ(buffer.sampleRate, 22050);
+      ExpectSame(buffer, plain);
+    }
+    ExpectNoHeader(std::string(2050, 'x') + frames, "byte 2050");
+  }
+}
+
 TEST(MPEGOpening, FindsNoFrameBehindGarbageOfOddLength) {
   const std::string bytes = "x" + Frames().substr(0, 100);
   ExpectNoHeader(bytes + "x", "byte 102");

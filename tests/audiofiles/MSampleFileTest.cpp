@@ -43,8 +43,10 @@ TEST(MSampleFile, OfAnyOtherNameIsZSD) {
   for (const char* const name : {"x.zsd", "x.aiff", "x", "wav", "mp3", "x.wav.", "x.wave", "x.mp"}) {
     const std::string path = folder.WriteFile(name, kWav + std::string(60, 'x'));
     EXPECT_EQ(Failure(path), "Invalid file contents. Invalid ZSD header. | " + path + ", byte 0 | 256");
-    folder.WriteFile(name, "RIFF");
-    EXPECT_EQ(Failure(path), "Invalid file contents. No ZSD header found. | " + path + ", byte 0 | 256");
+    for (const char* const bytes : {"RIFF", ""}) {
+      folder.WriteFile(name, bytes);
+      EXPECT_EQ(Failure(path), "Invalid file contents. No ZSD header found. | " + path + ", byte 0 | 256");
+    }
   }
   MAudioBuffer buffer;
   LoadSamples(buffer, Text(folder.WriteFile("good", Zsd(1, 1, 8000, 1, "\xFF\xFF\xFF\x7F"))));

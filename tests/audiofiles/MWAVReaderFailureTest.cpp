@@ -95,6 +95,7 @@ TEST(MWAVReaderFailure, OfALengthThatLiesTakesNoMemory) {
   MAudioBuffer buffer;
   EXPECT_RAISES(LoadWAV(buffer, stream), "Invalid file contents. Could not load WAV samples.", 256);
   EXPECT_EQ(CountingFunctions::GetBalance(), before);
+  EXPECT_LT(CountingFunctions::GetLargest(), 500);
   EXPECT_EQ(buffer.GetCapacity(), 0);
 }
 
@@ -143,6 +144,21 @@ TEST(MWAVReaderFailure, LetsGoOfTheStream) {
   EXPECT_EQ(reader.GetBytesLeft(), 0);
   EXPECT_TRUE(reader.Read(part));
   EXPECT_EQ(part.GetLength(), 0);
+}
+
+TEST(MWAVReaderFailure, OfAHeadLetsGoOfTheStreamBefore) {
+  const std::string good = Wav(Form(1, 8), "\xFE\xFE"), bad = Wav(Form(1, 8, 2), "x");
+  MMemoryStream first(good.data(), static_cast<int32_t>(good.size()));
+  MMemoryStream second(bad.data(), static_cast<int32_t>(bad.size()));
+  MWAVReader reader;
+  reader.Open(first);
+  EXPECT_RAISES(reader.Open(second), "Invalid file contents. Invalid WAVe file format tag contents.", 256);
+  EXPECT_EQ(reader.GetBytesLeft(), 0);
+  MAudioBuffer part;
+  part.SetSize(1, 1);
+  EXPECT_TRUE(reader.Read(part));
+  EXPECT_EQ(part.GetChannelCount(), 0);
+  EXPECT_EQ(first.GetPosition(), 44);
 }
 
 TEST(MWAVReaderFailure, OfMemoryLeaksNothing) {

@@ -155,24 +155,61 @@ TEST(MWAVReader, ReadsInPartsOfAnyLength) {
   const std::string bytes = Wav(Form(2, 16), Pattern(4 * 1000 + 3));
   MAudioBuffer whole;
   Load(whole, bytes);
-  for (const int32_t length : {1, 7, 100, 999, 1000, 5000}) {
+  for (const bool pieces : {false, true})
+    for (const int32_t length : {1, 7, 100, 999, 1000, 5000}) {
+      MMemoryStream memory(bytes.data(), static_cast<int32_t>(bytes.size()));
+      ShortPieces forward(bytes);
+      MWAVReader reader;
+      reader.Open(pieces ? static_cast<MStream&>(forward) : memory);
+      EXPECT_EQ(reader.GetDataBytes(), 4003);
+      std::vector<float> left, right;
+      MAudioBuffer part;
+      while (reader.GetBytesLeft() > 0) {
+        const int32_t before = reader.GetBytesLeft();
+        part.SetSize(2, length);
+        EXPECT_EQ(reader.Read(part), before < length) << before;
+        EXPECT_EQ(reader.GetBytesLeft(), std::max(before - 4 * length, 0));
+        for (const float sample : Samples(part, 0)) left.push_back(sample);
+        for (const float sample : Samples(part, 1)) right.push_back(sample);
+      }
+      EXPECT_EQ(left, Samples(whole, 0)) << length;
+      EXPECT_EQ(right, Samples(whole, 1)) << length;
+      part.SetSize(2, length);
+      EXPECT_TRUE(reader.Read(part));
+      EXPECT_EQ(part.GetChannelCount(), 0);
+    }
+}
+
+TEST(MWAVReader, FlagOfAPartComparesBytesLeftWithSamples) {
+  const std::string bytes = Wav(Form(2, 16), Pattern(4 * 100));
+  const auto read = [&](int32_t length) {
     MMemoryStream stream(bytes.data(), static_cast<int32_t>(bytes.size()));
     MWAVReader reader;
     reader.Open(stream);
-    EXPECT_EQ(reader.GetDataBytes(), 4003);
-    std::vector<float> left;
     MAudioBuffer part;
-    while (reader.GetBytesLeft() > 0) {
-      const int32_t before = reader.GetBytesLeft();
-      part.SetSize(2, length);
-      EXPECT_EQ(reader.Read(part), before < length) << before;
-      const std::vector<float> samples = Samples(part);
-      left.insert(left.end(), samples.begin(), samples.end());
-    }
-    EXPECT_EQ(left, Samples(whole)) << length;
     part.SetSize(2, length);
+    const bool flag = reader.Read(part);
+    EXPECT_EQ(part.GetLength(), std::min(length, 100));
+    return flag;
+  };
+  EXPECT_FALSE(read(99));
+  EXPECT_FALSE(read(100));  // all of them, and nothing is left
+  EXPECT_FALSE(read(400));
+  EXPECT_TRUE(read(401));
+}
+
+// 2^30 frames of four bytes are nothing in 32 bits.
+TEST(MWAVReader, LengthOfAPartCountsIn64Bits) {
+  for (const int32_t length : {1 << 30, 1 << 29, INT32_MAX}) {
+    const std::string bytes = Wav(Form(2, 16), Pattern(8));
+    MMemoryStream stream(bytes.data(), static_cast<int32_t>(bytes.size()));
+    MWAVReader reader;
+    reader.Open(stream);
+    MAudioBuffer part;
+    part.SetView(nullptr, 0, length);
     EXPECT_TRUE(reader.Read(part));
-    EXPECT_EQ(part.GetChannelCount(), 0);
+    EXPECT_EQ(part.GetLength(), 2);
+    EXPECT_EQ(reader.GetBytesLeft(), 0);
   }
 }
 

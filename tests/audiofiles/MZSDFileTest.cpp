@@ -92,8 +92,16 @@ TEST(MZSDFile, WithAWrongHeadIsInvalid) {
     ExpectFailure(Zsd(1, length, 44100, 1, samples), "Invalid ZSD header.", "byte 44");
   for (const int32_t rate : {0, -1, INT32_MIN})
     ExpectFailure(Zsd(1, 4, rate, 1, samples), "Invalid ZSD header.", "byte 36");
-  bytes = Zsd(0, 0, 0, 1, samples);
-  ExpectFailure(bytes, "Invalid ZSD header.", "byte 40");
+}
+
+TEST(MZSDFile, IsCheckedForItsMagicThenChannelsThenLengthThenRate) {
+  std::string bytes = Zsd(0, 0, 0, 1, "");
+  bytes[0] = 'z';
+  ExpectFailure(bytes, "Invalid ZSD header.", "byte 0");
+  ExpectFailure(Zsd(0, 0, 0, 1, ""), "Invalid ZSD header.", "byte 40");
+  ExpectFailure(Zsd(1, 0, 0, 1, ""), "Invalid ZSD header.", "byte 44");
+  ExpectFailure(Zsd(1, 1, 0, 1, ""), "Invalid ZSD header.", "byte 36");
+  ExpectFailure(Zsd(1, 1, 1, 1, ""), "Could not load samples.", "byte 60");
 }
 
 TEST(MZSDFile, WithARateOfZeroIsRefusedBeforeAnySampleIsRead) {
@@ -116,6 +124,7 @@ TEST(MZSDFile, WithALengthThatLiesTakesNoMemory) {
     const CountingFunctions counting;
     MAudioBuffer buffer;
     EXPECT_RAISES(Load(buffer, bytes), "Invalid file contents. Could not load samples.", 256);
+    EXPECT_LT(CountingFunctions::GetLargest(), 500);
     EXPECT_EQ(buffer.GetCapacity(), 0);
   }
 }

@@ -48,17 +48,25 @@ TEST_P(ampegdecoderEncodings, GiveTheSameBehindASeekAsFromTheStart) {
   Decoding d(Encode(GetParam(), 1.5));
   const std::string all = d.Read(d.size + 1);
   ASSERT_EQ(all.size(), static_cast<std::size_t>(d.size));
-  TestRandom random;
-  for (int i = 0; i < 150; ++i) {
-    const int32_t frame = random.Below(d.size / d.frameBytes + 1);
-    const int32_t position = frame * d.frameBytes + (random.OneIn(2) ? 0 : random.Below(d.frameBytes));
-    const int32_t reached = std::min(position, d.size);
+  const auto expectAt = [&](int32_t position, int32_t count) {
+    const int32_t reached = std::clamp(position, 0, d.size);
     ASSERT_EQ(d.decoder.RawSeek(position), reached);
     ASSERT_EQ(d.decoder.Ioctl(mp3dec::kGetPosition), reached);
-    const int32_t count = random.Below(3 * d.frameBytes);
     ASSERT_TRUE(d.Read(count) ==
                 all.substr(static_cast<std::size_t>(reached), static_cast<std::size_t>(count)))
         << position << " " << count;
+  };
+  // The start, a place inside of a frame, its borders, the end, and places outside.
+  const int32_t frame = d.size / 2 / d.frameBytes * d.frameBytes;
+  for (const int32_t position : {0, frame + 5, frame, frame + d.frameBytes, d.size - 1, 0, d.size, frame + 7,
+                                 frame + 3, -1, d.size + 1, d.size - d.frameBytes})
+    for (const int32_t count : {1, 1000, d.frameBytes, 3 * d.frameBytes})
+      ASSERT_NO_FATAL_FAILURE(expectAt(position, count));
+  TestRandom random;
+  for (int i = 0; i < 150; ++i) {
+    const int32_t start = random.Below(d.size / d.frameBytes + 1) * d.frameBytes;
+    const int32_t position = start + (random.OneIn(2) ? 0 : random.Below(d.frameBytes));
+    ASSERT_NO_FATAL_FAILURE(expectAt(position, random.Below(3 * d.frameBytes)));
   }
 }
 
@@ -137,9 +145,21 @@ TEST(ampegdecoder, CanBePeekedUpToTheEndOfAFrame) {
   EXPECT_EQ(d.Read(2), std::string(peeked, 2));
   EXPECT_EQ(d.decoder.RawPeek(peeked, 100), 2);
   EXPECT_EQ(d.decoder.RawPeek(peeked, 0), 0);
+}
+
+TEST(ampegdecoder, GivesNothingOnceItIsClosed) {
+  Decoding d(LayerI(3));
+  d.Read(d.frameBytes + 4);
   d.decoder.Close();
-  EXPECT_EQ(d.decoder.RawPeek(peeked, 100), 0);
+  char byte;
+  EXPECT_EQ(d.decoder.RawPeek(&byte, 1), 0);
   EXPECT_EQ(d.Read(1), "");
+  for (const int32_t position : {0, 4, d.frameBytes, d.frameBytes + 8, d.size}) {
+    d.decoder.RawSeek(position);
+    EXPECT_EQ(d.decoder.RawPeek(&byte, 1), 0) << position;
+    EXPECT_EQ(d.Read(1), "") << position;
+    EXPECT_EQ(d.decoder.Ioctl(mp3dec::kHasEnded), 1) << position;
+  }
 }
 
 TEST(ampegdecoder, EstimatesItsLengthFromTheBitRate) {
@@ -169,6 +189,21 @@ TEST(ampegdecoder, AveragesTheBitRateOfUpToEightFramesOfLayerIII) {
   const ampegdecoder decoder(file);
   EXPECT_EQ(decoder.GetBitRate(), 128000);
   EXPECT_EQ(decoder.GetFrameCount(), -1);
+}
+
+TEST(ampegdecoder, DoesNotAverageTheBitRateOfLayersIAndII) {
+  TestRandom random(5);
+  const std::string layerI =
+      LayerIFrame(random, 0xFF, 0, 12, 0, 416) + LayerIFrame(random, 0xFF, 0, 8, 0, 276);
+  const Decoding first(layerI);
+  EXPECT_EQ(first.decoder.GetFrameCount(), 2);
+  EXPECT_EQ(first.decoder.GetBitRate(), 384000);
+  const std::string layerII = std::string("\xFF\xFD\xA0\0", 4) + std::string(622, '\0') +
+                              std::string("\xFF\xFD\x80\0", 4) + std::string(413, '\0');
+  const Decoding second(layerII);
+  EXPECT_EQ(second.decoder.GetFrameCount(), 2);
+  EXPECT_EQ(second.decoder.GetBitRate(), 192000);
+  EXPECT_EQ(second.decoder.GetEstimatedLength(), int64_t{626 + 417} * 8 * 44100 / 192000);
 }
 
 TEST(ampegdecoder, OverASourceThatOnlyGoesForwardCannotSeek) {

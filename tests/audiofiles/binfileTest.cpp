@@ -121,6 +121,24 @@ TEST(binfileMStream, EndsWhereItIsTold) {
   }
 }
 
+TEST(binfileMStream, GivesNothingBehindAnEndThatLiesInFrontOfItsPlace) {
+  const std::string bytes = Pattern(50000);
+  for (const bool canSeek : {true, false}) {
+    MMemoryStream memory(bytes.data(), 50000);
+    ForwardStream forward(bytes);
+    binfileMStream file(canSeek ? static_cast<MStream&>(memory) : forward);
+    Read(file, 200);
+    file.SetEnd(100);
+    file.RawSeek(90);
+    EXPECT_EQ(Read(file, 100), canSeek ? bytes.substr(90, 10) : "");
+    EXPECT_EQ(file.Ioctl(kHasEnded), 1);
+    file.Close();
+    file.RawSeek(0);
+    EXPECT_EQ(Read(file, 1), "");
+    EXPECT_EQ(file.Ioctl(kHasEnded), 1);
+  }
+}
+
 TEST(abinfile, IsACopyOfWhatComesNext) {
   TestRandom random;
   const std::string bytes = Pattern(20000);

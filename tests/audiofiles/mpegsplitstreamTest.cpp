@@ -89,9 +89,24 @@ TEST(mpegsplitstream, GoesToAnyPlace) {
     got.resize(static_cast<std::size_t>(split.RawRead(got.data(), static_cast<int32_t>(got.size()))));
     ASSERT_EQ(got, contents.substr(static_cast<std::size_t>(reached), got.size()));
   }
-  split.Close();
-  char byte;
-  EXPECT_EQ(split.RawRead(&byte, 1), 0);
+}
+
+TEST(mpegsplitstream, GivesNothingOnceItIsClosed) {
+  for (const std::string& before : {std::string(), std::string("four")}) {
+    const std::string bytes = before + kPack1 + Packet(0xC0, kNoStamp + "audio");
+    MMemoryStream stream(bytes.data(), static_cast<int32_t>(bytes.size()));
+    binfileMStream file(stream);
+    file.Skip(static_cast<int64_t>(before.size()));
+    mpegsplitstream split(file);
+    char piece[10];
+    EXPECT_EQ(split.RawRead(piece, 3), 3);
+    split.Close();
+    EXPECT_EQ(split.RawRead(piece, 1), 0);
+    EXPECT_EQ(split.Ioctl(mp3dec::kHasEnded), 1);
+    split.RawSeek(0);
+    EXPECT_EQ(split.RawRead(piece, 1), 0);
+    EXPECT_EQ(split.Ioctl(mp3dec::kHasEnded), 1);
+  }
 }
 
 TEST(mpegsplitstream, IsLoadedAsItsAudioWithoutALeak) {

@@ -78,6 +78,20 @@ TEST_P(StreamSuite, BlockThatEndsWithTheLastSampleReportsTheEnd) {
   instrument.Close(note);
 }
 
+TEST_P(StreamSuite, BlockInWhichTheNoteEndsIsZeroBehindIt) {
+  StreamUnderTest instrument(GetEntry());
+  PrepareSound(instrument, 3, kLowRate);
+  const int32_t length = GetLength(instrument);
+  MWord note = instrument.Create();
+  std::vector<MWord> results;
+  instrument.Pull(note, length - 10, {}, &results);
+  const AudioBlock last = instrument.Pull(note, 100, {}, &results);
+  EXPECT_EQ(results, (std::vector<MWord>{kSounds, kEnded}));
+  for (int32_t c = 0; c < 3; ++c)
+    for (int32_t i = 10; i < 100; ++i) ASSERT_EQ(last[c][i], 0) << c << " " << i;
+  instrument.Close(note);
+}
+
 TEST_P(StreamSuite, EndedNoteStaysSilentAndEnded) {
   StreamUnderTest instrument(GetEntry());
   PrepareSound(instrument, 3, kLowRate);

@@ -57,6 +57,28 @@ TEST(MSampleReading, ResamplesAsTheDefinitionSays) {
   }
 }
 
+TEST(MSampleReading, BuffersAndOddCountsNeedNoAlignment) {
+  constexpr int32_t kLength = 37, kCount = 29;
+  const std::vector<float> noise = Noise(kLength);
+  for (std::size_t from = 0; from < 4; ++from)
+    for (std::size_t to = 0; to < 4; ++to) {
+      std::vector<float> samples(from), out(to + kCount + 1, 9.0f);
+      samples.insert(samples.end(), noise.begin(), noise.end());
+      for (const double speed : {0.3, 1.0, 2.7}) {
+        MSampleReading::Resample(out.data() + to, samples.data() + from, kLength, -2.5, speed, kCount);
+        for (int32_t i = 0; i < kCount; ++i)
+          ASSERT_NEAR(out[to + static_cast<std::size_t>(i)], PlainRead(noise, -2.5 + i * speed), 1e-6)
+              << from << " " << to << " " << speed << " " << i;
+        ASSERT_EQ(out.back(), 9);
+      }
+      MSampleReading::Copy(out.data() + to, samples.data() + from, kLength, 11, kCount);
+      for (int32_t i = 0; i < kCount; ++i)
+        ASSERT_EQ(out[to + static_cast<std::size_t>(i)],
+                  11 + i < kLength ? noise[static_cast<std::size_t>(11 + i)] : 0.0f);
+      ASSERT_EQ(out.back(), 9);
+    }
+}
+
 TEST(MSampleReading, ValueHangsOnItsPlaceAlone) {
   const std::vector<float> samples = Noise(100);
   for (int32_t shift = 0; shift < 8; ++shift) {

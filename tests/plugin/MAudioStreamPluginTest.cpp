@@ -81,6 +81,18 @@ class Counter final : public MAudioStreamPlugin {
   int32_t freed = 0;
 };
 
+TEST(MAudioStreamPlugin, ServicesAndResultsHaveTheirNumbers) {
+  EXPECT_EQ(MService::kPrepareStreams, 200);
+  EXPECT_EQ(MService::kCreateStream, 201);
+  EXPECT_EQ(MService::kComputeStream, 202);
+  EXPECT_EQ(MService::kStreamQuery, 203);
+  EXPECT_EQ(MService::kCloseStream, 204);
+  EXPECT_EQ(MService::kCollectFiles, 205);
+  EXPECT_EQ(MStreamResult::kSounds, 0);
+  EXPECT_EQ(MStreamResult::kEnded, 1);
+  EXPECT_EQ(MStreamResult::kNotStarted, 2);
+}
+
 TEST(MAudioStreamPlugin, PrepareStoresTheFormatAndUpdates) {
   Counter plugin;
   EXPECT_EQ(plugin.Serve(MService::kPrepareStreams, 2, 48000), 0);
@@ -212,6 +224,57 @@ TEST(MAudioStreamPlugin, StreamQueryGivesZeroAndFilesAreCollected) {
   EXPECT_EQ(plugin.Serve(MService::kCollectFiles, MAsWord(&files)), 7);
   EXPECT_EQ(files.count, 1);
   EXPECT_EQ(plugin.Serve(MService::kCollectFiles, 0), 0);
+}
+
+// All that an instrument must have.
+class Silent final : public MAudioStreamPlugin {
+ public:
+  Silent() : MAudioStreamPlugin("Silent::CreateStream") {}
+  MAudioStream* NewStream(const MStreamRequest&) override { return nullptr; }
+  int32_t Render(MAudioStream&, float**, int32_t, int32_t) override { return MStreamResult::kEnded; }
+  void FreeStream(MAudioStream*) override {}
+};
+
+TEST(MAudioStreamPlugin, CollectsNoFilesByDefault) {
+  Silent plugin;
+  MCollectedFiles files;
+  MServiceArguments arguments(MAsWord(&files));
+  EXPECT_EQ(plugin.Service(MService::kCollectFiles, &arguments), 0);
+  EXPECT_EQ(files.count, 0);
+}
+
+TEST(MAudioStreamPlugin, RecordOfAStreamBeginsWithTheDelayThatIsLeft) {
+  Counter plugin;
+  plugin.Serve(MService::kPrepareStreams, 1, 48000);
+  MWord stream = plugin.Create(100);
+  const int32_t* const first = MAsAddress<int32_t>(stream);
+  EXPECT_EQ(*first, 100);
+  plugin.Compute(stream, 60, MStreamResult::kNotStarted);
+  EXPECT_EQ(*first, 40);
+  plugin.Compute(stream, 60, MStreamResult::kSounds);
+  EXPECT_EQ(*first, 0);
+  plugin.Serve(MService::kCloseStream, MAsWord(&stream));
+}
+
+TEST(MAudioStreamPlugin, StreamsOfOnePluginAreIndependent) {
+  Counter plugin;
+  plugin.Serve(MService::kPrepareStreams, 1, 48000);
+  MWord early = plugin.Create(0), late = plugin.Create(5);
+  EXPECT_EQ(plugin.Compute(early, 4, MStreamResult::kSounds), (std::vector<float>{1, 2, 3, 4}));
+  EXPECT_EQ(plugin.Compute(late, 8, MStreamResult::kSounds), (std::vector<float>{0, 0, 0, 0, 0, 1, 2, 3}));
+  EXPECT_EQ(plugin.Compute(early, 2, MStreamResult::kSounds), (std::vector<float>{5, 6}));
+  plugin.Serve(MService::kCloseStream, MAsWord(&early));
+  EXPECT_EQ(plugin.Compute(late, 2, MStreamResult::kSounds), (std::vector<float>{4, 5}));
+  plugin.Serve(MService::kCloseStream, MAsWord(&late));
+  EXPECT_EQ(plugin.freed, 2);
+}
+
+TEST(MAudioStreamPlugin, ServicesOutsideOfItsRangeGoToTheBase) {
+  Counter plugin;
+  EXPECT_EQ(plugin.Serve(MService::kParameterChanged), 0);
+  EXPECT_EQ(plugin.updates, 1);
+  EXPECT_NE(plugin.Serve(MService::kPublicBlock), 0);
+  for (const int32_t service : {199, 206, 1000}) EXPECT_EQ(plugin.Serve(service), -1) << service;
 }
 
 TEST(MAudioStreamPlugin, ServicesOfEffectsAreUnknown) {

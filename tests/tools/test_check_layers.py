@@ -83,6 +83,14 @@ class CheckLayers(TreeCase):
         self.write("src/core/Sum.cpp", "#include <X11/Xlib.h>\n")
         self.assert_finds(TOOL, "<X11/Xlib.h> belongs into *_x11.cpp")
 
+    def test_headers_of_a_plugin_format_are_for_its_adapter(self):
+        self.write("tools/layers.txt", TABLE + "hosts/clap: hosts/bridge\n")
+        for file in ("One", "Two"):
+            self.write(f"hosts/clap/{file}.cpp", "#include <clap/entry.h>\n")
+        self.assert_clean(TOOL)
+        self.write("hosts/bridge/Other.cpp", "#include <clap/entry.h>\n")
+        self.assert_finds(TOOL, "hosts/bridge/Other.cpp:1: <clap/entry.h> belongs into hosts/clap/")
+
     def test_a_third_party_header_has_one_place_in_the_library_and_one_in_the_hosts(self):
         self.write("src/core/Zip.cpp", "#include <zlib.h>\n")
         self.write("hosts/bridge/Zip.cpp", "#include <zlib.h>\n")

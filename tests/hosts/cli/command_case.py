@@ -1,11 +1,13 @@
 """What the tests of the command share: a temporary folder, the built command, sound files."""
 
 import array
+import errno
 import os
 import shutil
 import struct
 import subprocess
 import tempfile
+import time
 import unittest
 import unittest.mock
 from pathlib import Path
@@ -132,6 +134,30 @@ class CommandCase(unittest.TestCase):
             self.assertIn(text, lines[0])
         if result.out is not None:
             self.assertEqual(result.out, "")
+
+    def fail_with_change(self, code, pipe, data, change, *arguments, says):
+        """As fail_with; when the command opens the pipe, an input, `change` is called, then the pipe gives `data`."""
+        os.mkfifo(self.path(pipe))
+        process = subprocess.Popen([self.command, *map(str, arguments)], cwd=self.folder, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        self.addCleanup(process.communicate)
+        self.addCleanup(process.kill)
+        end = None
+        while end is None and process.poll() is None:
+            try:
+                end = os.open(self.path(pipe), os.O_WRONLY | os.O_NONBLOCK)
+            except OSError as error:
+                self.assertEqual(error.errno, errno.ENXIO)  # nobody reads yet
+                time.sleep(0.01)
+        self.assertIsNotNone(end, "the command has not opened the pipe")
+        change()
+        os.set_blocking(end, True)
+        with open(end, "wb") as file:
+            file.write(data)
+        out, err = process.communicate(timeout=60)
+        self.path(pipe).unlink()
+        self.assertEqual((process.returncode, out), (code, ""), err)
+        self.assertEqual(err, f"sonvelle: {says}\n")
 
     def expect_samples(self, channels, expected):
         """Lists of channels are equal; else says where they are not, which unittest would need minutes for."""

@@ -152,6 +152,16 @@ class Refused(Multisamples):
             self.write("kick/1.wav", data)
             self.refuse("kick/1.wav", says)
 
+    def test_are_files_that_change_between_the_two_times_that_they_are_read(self):
+        soft = [0.1 * x for x in tone(1)]
+        for changed in (float_wav([soft[:-1]]), float_wav([soft, soft]), wav_bytes(bytes(2 * len(soft))),
+                        float_wav([soft], 44100)):
+            self.take("kick/k 1.wav", soft)
+            self.fail_with_change(FILE, "kick/k 2.wav", float_wav([tone(0.5)], 48000),
+                                  lambda: self.write("kick/k 1.wav", changed), "make-multisample", "kick", OUT,
+                                  says="kick/k 1.wav: the file has changed while it was read")
+            self.assertEqual(self.names(), ["kick"])
+
     def test_are_sources_without_sounds(self):
         self.path("kick").mkdir()
         self.refuse("kick", "no sound file")

@@ -168,6 +168,17 @@ class Refused(Subsamples):
             self.write("a.wav", data)
             self.refuse("a.wav", says)
 
+    def test_are_files_that_change_between_the_two_times_that_they_are_read(self):
+        dark = tone(50)
+        for channels, rate in (([dark[:-1]] * 2, RATE), ([dark + [0.5]] * 2, RATE), ([dark[:100]] * 2, RATE),
+                               ([dark], RATE), ([dark] * 3, RATE), ([dark] * 2, 48000)):
+            changed = float_wav(channels, rate)
+            self.record("a.wav", dark, dark)
+            self.fail_with_change(FILE, "b.wav", float_wav([tone(5000)], RATE), lambda: self.write("a.wav", changed),
+                                  "make-subsamples", "a.wav", "b.wav", OUT,
+                                  says="a.wav: the file has changed while it was read")
+            self.assertEqual(self.names(), ["a.wav"])
+
     def test_are_sources_without_sounds(self):
         self.refuse("a.wav", "No such file")
         self.path("set").mkdir()
