@@ -28,13 +28,14 @@ std::string VersionTurtle(const std::string& version) {
          std::to_string(2 * patch) + " ;\n";
 }
 
-std::string FeatureTurtle(bool isInstrument) {
+std::string FeatureTurtle(const bridge::PluginType& type) {
   const std::string common =
       "\tlv2:requiredFeature urid:map ;\n"
       "\tlv2:optionalFeature opts:options , bufsz:boundedBlockLength , log:log , state:threadSafeRestore";
   const std::string options = "\topts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;\n";
-  if (!isInstrument)
-    return common + " , lv2:hardRTCapable ;\n" + options + "\tlv2:extensionData state:interface ;\n";
+  if (type.kind == bridge::PluginKind::kEffect)
+    return common + (IsHardRealTime(type) ? " , lv2:hardRTCapable ;\n" : " ;\n") + options +
+           "\tlv2:extensionData state:interface ;\n";
   return common + " , work:schedule , state:mapPath , state:freePath ;\n" + options +
          "\tlv2:extensionData state:interface , work:interface ;\n";
 }
@@ -65,6 +66,12 @@ std::string FileTurtle(const FileKind& kind) {
          " ;\n\trdfs:range atom:Path .\n\n";
 }
 
+std::string StateTurtle() {
+  return Reference(kStateUri) +
+         "\n\ta rdf:Property , owl:DatatypeProperty ;\n\trdfs:label \"state\" ;\n"
+         "\trdfs:comment \"The state of a plug-in as text.\" ;\n\trdfs:range xsd:string .\n\n";
+}
+
 std::string Capitalized(std::string_view text) {
   std::string capitalized(text);
   if (capitalized[0] >= 'a' && capitalized[0] <= 'z') capitalized[0] = static_cast<char>(text[0] - 'a' + 'A');
@@ -91,6 +98,10 @@ std::string GetClass(const bridge::PluginType& type) {
   return {};
 }
 
+bool IsHardRealTime(const bridge::PluginType& type) noexcept {
+  return type.name == "Echolan" || type.name == "Tonebench";
+}
+
 std::string MakeManifest(const std::vector<Described>& plugins) {
   std::string text = kPrefixes;
   for (const Described& plugin : plugins) {
@@ -110,7 +121,8 @@ std::string MakePluginTurtle(const bridge::PluginType& type, const std::string& 
   const std::string uri = GetUri(type), itsClass = GetClass(type);
   const FileKind* const kind = FindFileKind(type);
   const bool isInstrument = plugin.IsInstrument();
-  std::string text = kPrefixes + AudioGroups(uri, isInstrument) + PanelGroups(uri, plugin.GetParameters());
+  std::string text =
+      kPrefixes + AudioGroups(uri, isInstrument) + PanelGroups(uri, plugin.GetParameters()) + StateTurtle();
   if (kind) text += FileTurtle(*kind);
   text += Reference(uri) + "\n\ta lv2:Plugin" + (itsClass.empty() ? "" : " , lv2:" + itsClass) +
           " , doap:Project ;\n\tdoap:name " + Quote(type.name) + " ;\n\tdoap:shortdesc " +
@@ -119,7 +131,7 @@ std::string MakePluginTurtle(const bridge::PluginType& type, const std::string& 
           " ;\n\tdoap:license <https://spdx.org/licenses/MIT> ;\n"
           "\tdoap:maintainer [\n\t\tfoaf:name \"Sonvelle\" ;\n\t\tfoaf:homepage "
           "<https://sonvelle.example/>\n\t] ;\n" +
-          VersionTurtle(version) + FeatureTurtle(isInstrument);
+          VersionTurtle(version) + FeatureTurtle(type);
   if (!isInstrument) text += "\tpg:mainInput " + Reference(uri, kInGroup) + " ;\n";
   text += "\tpg:mainOutput " + Reference(uri, kOutGroup) + " ;\n";
   if (kind) text += "\tpatch:writable <" + GetFileUri(*kind) + "> ;\n";

@@ -22,4 +22,8 @@ std::string MakePresetsTurtle(const Described& plugin);
 // The class of LV2 that says what a plug-in does: "DelayPlugin"; empty if none does.
 std::string GetClass(const bridge::PluginType& type);
 
+// Whether its blocks neither allocate nor wait, also when a control changes: lv2:hardRTCapable. Most effects
+// take a lock of their own then, and streams of instruments allocate.
+bool IsHardRealTime(const bridge::PluginType& type) noexcept;
+
 }  // namespace lv2

@@ -13,6 +13,7 @@ const char kPrefixes[] = R"(@prefix atom: <http://lv2plug.in/ns/ext/atom#> .
 @prefix lv2: <http://lv2plug.in/ns/lv2core#> .
 @prefix midi: <http://lv2plug.in/ns/ext/midi#> .
 @prefix opts: <http://lv2plug.in/ns/ext/options#> .
+@prefix owl: <http://www.w3.org/2002/07/owl#> .
 @prefix patch: <http://lv2plug.in/ns/ext/patch#> .
 @prefix pg: <http://lv2plug.in/ns/ext/port-groups#> .
 @prefix pprops: <http://lv2plug.in/ns/ext/port-props#> .
@@ -24,6 +25,7 @@ const char kPrefixes[] = R"(@prefix atom: <http://lv2plug.in/ns/ext/atom#> .
 @prefix units: <http://lv2plug.in/ns/extensions/units#> .
 @prefix urid: <http://lv2plug.in/ns/ext/urid#> .
 @prefix work: <http://lv2plug.in/ns/ext/worker#> .
+@prefix xsd: <http://www.w3.org/2001/XMLSchema#> .
 
 )";
 
@@ -55,7 +57,10 @@ std::string WholeText(float value) {
 }
 
 std::string Reference(std::string_view uri, std::string_view part) {
-  return "<" + std::string(uri) + (part.empty() ? "" : "#" + std::string(part)) + ">";
+  std::string text(1, '<');
+  text += uri;
+  if (!part.empty()) text.append(1, '#').append(part);
+  return text.append(1, '>');
 }
 
 }  // namespace lv2
