@@ -19,10 +19,12 @@ namespace {
 constexpr int32_t kUsualFrames = 4096;
 constexpr int32_t kMostFrames = 1 << 16;  // larger blocks are worked on in parts
 
-LV2_URID_Map& GetMap(const LV2_Feature* const* features) {
+LV2_URID_Map& GetMap(const LV2_Feature* const* features, const bridge::PluginType& type) {
+  static LV2_URID_Map noMap = {nullptr, [](LV2_URID_Map_Handle, const char*) { return LV2_URID{0}; }};
   auto* const map = FindFeature<LV2_URID_Map>(features, LV2_URID__map);
-  if (!map || !map->map) throw MException("The host has no urid:map.");
-  return *map;
+  if (map && map->map) return *map;
+  if (type.kind == bridge::PluginKind::kInstrument) throw MException("The host has no urid:map.");
+  return noMap;
 }
 
 }  // namespace
@@ -49,9 +51,9 @@ Urids::Urids(LV2_URID_Map& map, const FileKind* kind) {
   file = kind ? number(GetFileUri(*kind).c_str()) : 0;
 }
 
-Host::Host(const LV2_Feature* const* features, const FileKind* kind)
-    : map_(lv2::GetMap(features)),
-      urids_(map_, kind),
+Host::Host(const LV2_Feature* const* features, const bridge::PluginType& type)
+    : map_(lv2::GetMap(features, type)),
+      urids_(map_, FindFileKind(type)),
       worker_(FindFeature<LV2_Worker_Schedule>(features, LV2_WORKER__schedule)),
       log_(FindFeature<LV2_Log_Log>(features, LV2_LOG__log)) {
   ReadOptions(features);

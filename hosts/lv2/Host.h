@@ -18,11 +18,13 @@ Feature* FindFeature(const LV2_Feature* const* features, std::string_view uri) {
 // The host of one instance.
 class Host {
  public:
-  // Raises MException when the host cannot number URIs.
-  Host(const LV2_Feature* const* features, const FileKind* kind);
+  // An instrument needs numbers of URIs: raises MException when its host has none.
+  Host(const LV2_Feature* const* features, const bridge::PluginType& type);
 
   const Urids& GetUrids() const noexcept { return urids_; }
   LV2_URID_Map& GetMap() const noexcept { return map_; }
+  // Whether URIs have numbers; without them there are no states.
+  bool HasNumbers() const noexcept { return urids_.stateText != 0; }
   // Blocks are said to have at most so many frames.
   int32_t GetMostFrames() const noexcept { return mostFrames_; }
   // Whether Schedule has somebody to ask.

@@ -29,7 +29,7 @@ void Point(Data*& place, void* data) {
 Lv2Plugin::Lv2Plugin(const bridge::PluginType& type, double sampleRate, const LV2_Feature* const* features)
     : type_(type),
       kind_(FindFileKind(type)),
-      host_(features, kind_),
+      host_(features, type),
       sampleRate_(CheckRate(sampleRate)),
       plugin_(type, *this),
       ports_(MakePorts(type, plugin_.GetParameters())),

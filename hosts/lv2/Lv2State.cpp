@@ -63,6 +63,7 @@ class NoClient final : public bridge::DawPlugin::Client {
 LV2_State_Status Lv2Plugin::Save(LV2_State_Store_Function store, LV2_State_Handle handle,
                                  const LV2_Feature* const* features) noexcept {
   if (!store) return LV2_STATE_ERR_UNKNOWN;
+  if (!host_.HasNumbers()) return LV2_STATE_ERR_NO_FEATURE;
   LV2_State_Status status = LV2_STATE_SUCCESS;
   const auto keep = [&](LV2_URID key, const std::string& text, LV2_URID type, uint32_t flags) {
     const LV2_State_Status stored = store(handle, key, text.c_str(), text.size() + 1, type, flags);
@@ -94,6 +95,7 @@ std::string Lv2Plugin::SaveFilePath(const MXMLItem& state, const LV2_Feature* co
 LV2_State_Status Lv2Plugin::Restore(LV2_State_Retrieve_Function retrieve, LV2_State_Handle handle,
                                     const LV2_Feature* const* features) noexcept {
   if (!retrieve) return LV2_STATE_ERR_UNKNOWN;
+  if (!host_.HasNumbers()) return LV2_STATE_ERR_NO_FEATURE;
   std::size_t size = 0;
   uint32_t type = 0, flags = 0;
   const void* const text = retrieve(handle, host_.GetUrids().stateText, &size, &type, &flags);

@@ -28,15 +28,17 @@ std::string VersionTurtle(const std::string& version) {
          std::to_string(2 * patch) + " ;\n";
 }
 
+// An effect runs without numbers of URIs, as simple hosts have it.
 std::string FeatureTurtle(const bridge::PluginType& type) {
-  const std::string common =
-      "\tlv2:requiredFeature urid:map ;\n"
-      "\tlv2:optionalFeature opts:options , bufsz:boundedBlockLength , log:log , state:threadSafeRestore";
-  const std::string options = "\topts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;\n";
+  const std::string common = "opts:options , bufsz:boundedBlockLength , log:log , state:threadSafeRestore";
+  const std::string options =
+      " ;\n\topts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;\n";
   if (type.kind == bridge::PluginKind::kEffect)
-    return common + (IsHardRealTime(type) ? " , lv2:hardRTCapable ;\n" : " ;\n") + options +
+    return "\tlv2:optionalFeature urid:map , " + common +
+           (IsHardRealTime(type) ? " , lv2:hardRTCapable" : "") + options +
            "\tlv2:extensionData state:interface ;\n";
-  return common + " , work:schedule , state:mapPath , state:freePath ;\n" + options +
+  return "\tlv2:requiredFeature urid:map ;\n\tlv2:optionalFeature " + common +
+         " , work:schedule , state:mapPath , state:freePath" + options +
          "\tlv2:extensionData state:interface , work:interface ;\n";
 }
 

@@ -63,11 +63,33 @@ TEST_F(Lv2Ports, DescriptorsEndWithNull) {
   EXPECT_EQ(lv2_descriptor(3), lv2_descriptor(3));
 }
 
-TEST_F(Lv2Ports, HostsThatCannotNumberUrisGetNoInstance) {
-  const LV2_Descriptor& descriptor = GetDescriptor("Echolan");
+TEST_F(Lv2Ports, HostsThatCannotNumberUrisGetNoInstrument) {
+  const LV2_Descriptor& descriptor = GetDescriptor("Playbox");
   const LV2_Feature* const none[] = {nullptr};
   EXPECT_EQ(descriptor.instantiate(&descriptor, 48000, "/nowhere", none), nullptr);
   EXPECT_EQ(descriptor.instantiate(&descriptor, 48000, nullptr, nullptr), nullptr);
+}
+
+TEST_F(Lv2Ports, HostsThatCannotNumberUrisGetEffectsWithoutStates) {
+  const LV2_Descriptor& descriptor = GetDescriptor("Echolan");
+  const LV2_Handle handle = descriptor.instantiate(&descriptor, 48000, nullptr, nullptr);
+  ASSERT_NE(handle, nullptr);
+  std::vector<float> in(512), out(512);
+  float delay = 2;
+  in[0] = 1;
+  descriptor.connect_port(handle, 0, in.data());
+  descriptor.connect_port(handle, 2, out.data());
+  descriptor.connect_port(handle, 6, &delay);
+  descriptor.activate(handle);
+  descriptor.run(handle, 512);
+  EXPECT_NE(out[96], 0.0f);
+  const auto* const state =
+      static_cast<const LV2_State_Interface*>(descriptor.extension_data(LV2_STATE__interface));
+  const auto store = [](LV2_State_Handle, uint32_t, const void*, size_t, uint32_t, uint32_t) {
+    return LV2_STATE_SUCCESS;
+  };
+  EXPECT_EQ(state->save(handle, store, nullptr, 0, nullptr), LV2_STATE_ERR_NO_FEATURE);
+  descriptor.cleanup(handle);
 }
 
 TEST_F(Lv2Ports, RatesThatAreNoneGiveNoInstance) {

@@ -66,10 +66,11 @@ class Bundle(unittest.TestCase):
             self.assertEqual(info.stderr, "")
             self.assertRegex(info.stdout, f"Name: +{name}\n")
             self.assertNotRegex(info.stdout, "Class: +Plugin\n")
-            self.assertEqual("Instrument" in info.stdout, name in INSTRUMENTS)
-            self.assertEqual("Presets:" in info.stdout, name in INSTRUMENTS)
+            self.assertEqual("Instrument Plugin\n" in info.stdout, name in INSTRUMENTS)
+            presets = info.stdout.split("Presets:")[1].split("Port 0:")[0].split("\n")
+            self.assertEqual(sum(bool(line.strip()) for line in presets), 6 if name in INSTRUMENTS else 0)
         delay = self.succeed("lv2info", PLUGINS + "Echolan").stdout
-        self.assertRegex(delay, r"Class: +Delay\n")
+        self.assertRegex(delay, r"Class: +Delay Plugin\n")
         self.assertRegex(delay, r"Has latency: +yes, reported by port 4\n")
         self.assertRegex(delay, r"Symbol: +delay\n\s+Name: +Delay\n\s+Minimum: +0\.0+\n\s+Maximum: +500\.0+\n\s+Default: +100\.0")
 
