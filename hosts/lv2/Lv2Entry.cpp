@@ -1,5 +1,6 @@
 #include <lv2/core/lv2.h>
 
+#include <cstdio>
 #include <memory>
 
 #include "core/MException.h"

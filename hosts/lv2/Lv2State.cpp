@@ -8,6 +8,7 @@
 #include "core/MXMLItem.h"
 #include "hosts/bridge/PluginState.h"
 #include "hosts/lv2/Lv2Plugin.h"
+#include "hosts/lv2/NoClient.h"
 
 namespace lv2 {
 
@@ -51,12 +52,6 @@ bool Try(const Host& host, const char* what, Action action) noexcept {
   host.Log(std::string(what) + ": " + reason);
   return false;
 }
-
-class NoClient final : public bridge::DawPlugin::Client {
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
-};
 
 }  // namespace
 

@@ -3,18 +3,13 @@
 #include <cmath>
 #include <cstdio>
 
+#include "hosts/lv2/NoClient.h"
 #include "hosts/lv2/PortTurtle.h"
 #include "hosts/lv2/Uris.h"
 
 namespace lv2 {
 
 namespace {
-
-class NoClient final : public bridge::DawPlugin::Client {
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
-};
 
 std::string GetPresetUri(const Described& plugin, const bridge::Preset& preset) {
   return GetUri(plugin.type) + "/presets/" + MakeSymbol(preset.name);

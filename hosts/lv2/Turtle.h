@@ -2,7 +2,7 @@
 // The texts of a bundle, made from the plug-ins themselves.
 
 #include "hosts/bridge/Content.h"
-#include "hosts/bridge/DawPlugin.h"
+#include "hosts/bridge/PluginTable.h"
 
 namespace lv2 {
 

@@ -6,6 +6,7 @@
 #include <fstream>
 
 #include "core/MException.h"
+#include "hosts/bridge/Parameters.h"
 #include "hosts/builtin/BuiltInPlugins.h"
 #include "hosts/lv2/Turtle.h"
 

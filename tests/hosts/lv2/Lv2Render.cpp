@@ -12,17 +12,11 @@
 #include <sstream>
 
 #include "core/MException.h"
-#include "hosts/bridge/DawPlugin.h"
 #include "hosts/builtin/BuiltInPlugins.h"
+#include "hosts/lv2/NoClient.h"
 #include "tests/hosts/lv2/Lv2Host.h"
 
 namespace {
-
-class NoClient final : public bridge::DawPlugin::Client {
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
-};
 
 struct Arguments {
   std::string bundle, plugin, output;
@@ -179,7 +173,7 @@ class Render {
   }
 
   const Arguments& arguments_;
-  NoClient client_;
+  lv2::NoClient client_;
   const bridge::PluginType type_;
   bridge::DawPlugin values_;  // knows the parameters, and what a state says of them
   const uint32_t block_;

@@ -7,11 +7,13 @@
 #include <cmath>
 #include <memory>
 
-#include "hosts/bridge/DawPlugin.h"
 #include "hosts/bridge/PluginState.h"
 #include "hosts/builtin/BuiltInPlugins.h"
+#include "hosts/lv2/NoClient.h"
 #include "tests/hosts/lv2/Lv2Host.h"
 #include "tests/instruments/ContentFolder.h"
+
+using lv2::NoClient;
 
 extern "C" const LV2_Descriptor* lv2_descriptor(uint32_t index);
 
@@ -22,12 +24,6 @@ struct StartedLibrary {
     builtin::GetPlugins();
     SonvelleConfiguration::Destroy();  // each test has its own
   }
-};
-
-class NoClient final : public bridge::DawPlugin::Client {
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
 };
 
 class Lv2Test : public testing::Test {
