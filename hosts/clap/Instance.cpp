@@ -42,6 +42,7 @@ bool Instance::Activate(double sampleRate, uint32_t mostFrames) {
                    static_cast<int32_t>(std::min(mostFrames, kMostFrames)));
   notes_.Forget();
   isTailOld_ = true;
+  isRestartAsked_ = false;
   const int32_t before = std::exchange(latency_, plugin_.GetLatency());
   if (latency_ != before) host_.TellLatency();
   isActive_ = true;

@@ -56,7 +56,7 @@ class Instance final : private bridge::DawPlugin::Client {
   void OnValuesChanged() noexcept override { Ask(kValues); }
   void OnWorkWaiting() noexcept override { Ask(kWork); }
   void OnLatencyChanged() noexcept override {
-    if (IsActive()) host_.RequestRestart();
+    if (IsActive() && !isRestartAsked_.exchange(true)) host_.RequestRestart();
   }
   void Ask(uint32_t waiting) noexcept;
   void LoadText(const std::string& text);
@@ -76,6 +76,7 @@ class Instance final : private bridge::DawPlugin::Client {
   std::atomic<uint32_t> waiting_ = 0;
   std::atomic<bool> isActive_ = false;
   std::atomic<bool> wantsOffline_ = false;
+  std::atomic<bool> isRestartAsked_ = false;
   std::atomic<uint32_t> tail_ = 0;
   std::atomic<bool> isTailOld_ = true;
   std::atomic<bool> isTailNew_ = false;  // and the host is yet to be told

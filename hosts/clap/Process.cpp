@@ -38,7 +38,7 @@ clap_process_status Instance::Process(const clap_process_t& block) noexcept {
   RunEvents(block.in_events, frames, IsActive());
   plugin_.End();
   notes_.TellEnds(block.out_events, block.frames_count);
-  FollowTail();
+  if (!IsInstrument()) FollowTail();
   if (!hasBuffers || !IsActive()) return CLAP_PROCESS_ERROR;
   return plugin_.IsQuiet() ? CLAP_PROCESS_SLEEP : CLAP_PROCESS_CONTINUE;
 }
@@ -57,7 +57,7 @@ bool Instance::TakeBuffers(const clap_process_t& block) noexcept {
     out_[c] = out.data32 && c < out.channel_count ? out.data32[c] : nullptr;
     isRight = isRight && out_[c];
   }
-  if (block.audio_inputs && block.audio_inputs_count > 0 && !plugin_.IsInstrument()) {
+  if (block.audio_inputs && block.audio_inputs_count > 0 && !IsInstrument()) {
     const clap_audio_buffer_t& in = block.audio_inputs[0];
     isRight = isRight && in.data32;
     for (uint32_t c = 0; in.data32 && c < std::min(channels, in.channel_count); ++c) in_[c] = in.data32[c];
@@ -82,7 +82,7 @@ void Instance::RunEvent(const clap_event_header_t& header, int32_t frame, bool a
     if (const auto* const event = As<clap_event_param_value_t>(header)) Change(*event, frame);
     return;
   }
-  if (!areNotesHeard || !plugin_.IsInstrument()) return;
+  if (!areNotesHeard || !IsInstrument()) return;
   if (header.type == CLAP_EVENT_MIDI) {
     const auto* const event = As<clap_event_midi_t>(header);
     if (!event) return;
