@@ -57,8 +57,10 @@ TEST_P(ClapSuite, AChangeAtAFrameIsAChangeBetweenTwoBlocks) {
   const AudioBlock in = AudioBlock::Noise(2, kLength, random);
   std::vector<TestEvent> events = {NoteAt(0, CLAP_EVENT_NOTE_ON, 1, 0, 60, 0.5)};
   for (const clap_param_info_t& each : plugin_.GetParameters())
-    if (!(each.flags & CLAP_PARAM_IS_BYPASS))
-      events.push_back(SetAt(kFrame, each, ChooseValue(each, random)));
+    if (!(each.flags & CLAP_PARAM_IS_BYPASS)) {
+      const bool isSwitch = (each.flags & CLAP_PARAM_IS_STEPPED) && each.max_value == 1;
+      events.push_back(SetAt(kFrame, each, isSwitch ? 1 - each.default_value : ChooseValue(each, random)));
+    }
   AudioBlock runs[] = {in, in, in};
   for (int32_t i = 0; i < 3; ++i) {
     ClapPlugin each(GetParam(), host_);

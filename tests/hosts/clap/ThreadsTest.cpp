@@ -42,7 +42,7 @@ TEST_P(ClapSuite, InstancesAreMadeAndGoOnManyThreads) {
       TestHost host;
       ClapPlugin plugin(GetParam(), host);
       plugin.Activate(8000, 64);
-      EXPECT_TRUE(plugin.Run(AudioBlock(2, 64)).IsZero());
+      EXPECT_LE(plugin.Run(AudioBlock(2, 64)).GetPeak(), 1e-20);
     });
   }
   for (std::thread& each : threads) each.join();
