@@ -16,16 +16,18 @@ constexpr int32_t kRate = 48000;
 struct Noise {
   explicit Noise(int32_t frames) {
     uint32_t seed = 1;
-    for (std::vector<float>& channel : channels) {
+    for (int32_t c = 0; c < 2; ++c) {
+      std::vector<float>& channel = channels[c];
       for (int32_t i = 0; i < frames; ++i) {
         seed = seed * 1664525u + 1013904223u;
         channel.push_back(static_cast<float>(static_cast<int32_t>(seed)) * 0x1p-32f);
       }
+      addresses[c] = channel.data();
     }
   }
 
   std::vector<float> channels[2];
-  float* addresses[2] = {channels[0].data(), channels[1].data()};
+  float* addresses[2];
 };
 
 void EcholanServices(benchmark::State& state) {

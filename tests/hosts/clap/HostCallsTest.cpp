@@ -107,4 +107,13 @@ TEST(ClapWork, OfAnInstrumentWaitsForTheMainThread) {
   EXPECT_EQ(host.callbacks, 1);
 }
 
+// A release build has no time for that.
+#ifndef NDEBUG
+TEST(ClapThreadsDeathTest, DebugBuildsEndWhenTheMainThreadIsAnother) {
+  TestHost host;
+  const ClapPlugin plugin("com.sonvelle.echolan", host);
+  EXPECT_DEATH(std::thread([&] { plugin->activate(plugin.Get(), 48000, 1, 64); }).join(), "is_main_thread");
+}
+#endif
+
 }  // namespace

@@ -14,6 +14,10 @@ const clap_host_params_t kParameters = {[](const clap_host_t* host, clap_param_r
                                         },
                                         nullptr, nullptr};
 const clap_host_latency_t kLatency = {[](const clap_host_t* host) { ++From(host).latencies; }};
+// The thread of the test is the main thread; any thread may be that of the audio.
+const clap_host_thread_check_t kThreads = {
+    [](const clap_host_t* host) { return std::this_thread::get_id() == From(host).mainThread_; },
+    [](const clap_host_t*) { return true; }};
 const sonvelle_clap_host_tail_t kTail = {[](const clap_host_t* host) { ++From(host).tails; }};
 const sonvelle_clap_host_preset_load_t kPresets = {
     [](const clap_host_t* host, uint32_t, const char*, const char*, int32_t, const char* message) {
@@ -30,6 +34,7 @@ const void* FindExtension(const clap_host_t* host, const char* id) {
   const std::string_view name = id;
   if (name == CLAP_EXT_PARAMS) return &kParameters;
   if (name == CLAP_EXT_LATENCY) return &kLatency;
+  if (name == CLAP_EXT_THREAD_CHECK) return &kThreads;
   if (name == SONVELLE_CLAP_EXT_TAIL) return &kTail;
   if (name == SONVELLE_CLAP_EXT_PRESET_LOAD) return &kPresets;
   return name == SONVELLE_CLAP_EXT_LOG ? &kLog : nullptr;

@@ -14,6 +14,7 @@
 #include <atomic>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "hosts/clap/extensions.h"
@@ -30,6 +31,7 @@ class TestHost {
 
   clap_host_t host_ = {};
   const bool hasExtensions_;
+  const std::thread::id mainThread_ = std::this_thread::get_id();
   std::atomic<int32_t> callbacks = 0, restarts = 0;
   std::atomic<int32_t> rescans = 0, latencies = 0, tails = 0;
   std::vector<std::string> presets, errors;

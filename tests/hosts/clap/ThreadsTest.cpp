@@ -38,7 +38,7 @@ TEST_P(ClapSuite, AnotherThreadSavesAndLoadsStatesWhileBlocksAreProcessed) {
 TEST_P(ClapSuite, InstancesAreMadeAndGoOnManyThreads) {
   std::vector<std::thread> threads;
   for (int32_t i = 0; i < 4; ++i) {
-    threads.emplace_back([this] {
+    threads.emplace_back([] {
       TestHost host;
       ClapPlugin plugin(GetParam(), host);
       plugin.Activate(8000, 64);
