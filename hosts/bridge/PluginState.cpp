@@ -64,7 +64,9 @@ void ReadStateText(std::string_view text, MXMLItem& item) {
   if (text.size() > static_cast<std::size_t>(std::numeric_limits<int32_t>::max()))
     throw MException("The state is too large.");
   MMemoryStream stream(text.data(), static_cast<int32_t>(text.size()));
+  const MString name = item.GetName();
   item.Load(stream);
+  if (item.GetName().Compare(name) != 0) throw MException("The text holds no state.");
 }
 
 }  // namespace bridge

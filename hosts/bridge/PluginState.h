@@ -16,7 +16,7 @@ void SaveDawState(Plugin& plugin, const PluginType& type, const DawParameters& p
 // MException, with the plug-in as it was, for a state of another plug-in. [host]
 void LoadDawState(Plugin& plugin, const PluginType& type, DawParameters& parameters, MXMLItem& item);
 
-// UTF-8 and back. ReadStateText raises MException for what is no XML.
+// UTF-8 and back. ReadStateText raises MException for what is no XML or has another name than the item.
 std::string GetStateText(const MXMLItem& item);
 void ReadStateText(std::string_view text, MXMLItem& item);
 
