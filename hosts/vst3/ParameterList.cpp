@@ -33,6 +33,10 @@ std::string_view GetUnit(std::string_view text) {
   return number > 0 && EndsNumber(text[number - 1]) ? text.substr(start) : std::string_view();
 }
 
+void Trim(std::string_view& text) {
+  while (text.ends_with(' ')) text.remove_suffix(1);
+}
+
 // Hosts write the unit behind each text, so it is one only if all texts of the row end with it.
 std::string FindUnit(const bridge::DawParameter& parameter) {
   constexpr int32_t kLooks = 32;
@@ -148,14 +152,16 @@ std::string ParameterList::GetText(Target target, double normalized) const {
   const double plain = ToPlain(target, normalized);
   if (target.kind == Target::Kind::kProgram) return GetProgramName(static_cast<int32_t>(plain));
   if (target.kind == Target::Kind::kController) return std::to_string(static_cast<int32_t>(plain));
-  std::string text = bridge::GetDawText(At(target), plain);
+  const std::string text = bridge::GetDawText(At(target), plain);
   const std::string& unit = units_[static_cast<std::size_t>(target.place)];
-  if (!unit.empty() && text.ends_with(unit)) text.resize(text.size() - unit.size());
-  while (text.ends_with(' ')) text.pop_back();
-  return text;
+  std::string_view number = text;
+  if (text.ends_with(unit)) number.remove_suffix(unit.size());
+  Trim(number);
+  return std::string(number);
 }
 
 std::optional<double> ParameterList::ReadText(Target target, std::string_view text) const {
+  Trim(text);
   std::optional<double> plain;
   if (target.kind == Target::Kind::kProgram) {
     for (int32_t i = 0; i < GetProgramCount(); ++i)
@@ -165,7 +171,10 @@ std::optional<double> ParameterList::ReadText(Target target, std::string_view te
       if (text == std::to_string(i)) plain = i;
   } else {
     const std::string& unit = units_[static_cast<std::size_t>(target.place)];
-    if (!unit.empty()) plain = bridge::ReadDawText(At(target), std::string(text) + unit);
+    std::string_view number = text;
+    if (text.ends_with(unit)) number.remove_suffix(unit.size());
+    Trim(number);
+    plain = bridge::ReadDawText(At(target), std::string(number) + unit);
     if (!plain) plain = bridge::ReadDawText(At(target), text);
   }
   if (!plain) return plain;
