@@ -10,7 +10,9 @@ namespace bridge {
 
 namespace {
 
-constexpr int32_t kLooksPerSecond = 4;  // for what is left in the effect's memory
+constexpr int32_t kLooksPerSecond = 4;   // for what is left in the effect's memory
+constexpr int32_t kForgetFrames = 1024;  // until nothing is left in memories that survive being prepared
+constexpr int32_t kSpareFrames = 64;
 
 }  // namespace
 
@@ -24,6 +26,10 @@ void EffectRunner::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFra
   const auto count = static_cast<std::size_t>(channels);
   in_.assign(count, nullptr);
   out_.assign(count, nullptr);
+  spare_.assign((count + 1) * kSpareFrames, 0.0f);
+  zeros_.assign(count, spare_.data());
+  waste_.resize(count);
+  for (std::size_t c = 0; c < count; ++c) waste_[c] = spare_.data() + (c + 1) * kSpareFrames;
   clean_.assign(count * static_cast<std::size_t>(mostFrames_), 0.0f);
   dry_.assign(clean_.size(), 0.0f);
   // An effect whose latency follows its parameters has room for that of a second.
@@ -71,14 +77,17 @@ bool EffectRunner::UpdateLatency() {
   return true;
 }
 
-// Preparing again for the same format clears the effect's memory. If another thread is changing the effect
-// now, the next block tries again.
-bool EffectRunner::TryClear() {
-  if (!turn_.TryTake()) return false;
+// Preparing again for the same format clears most memories, silence the others: filters that keep their
+// history and repairs of a click, which lead on from the last sample. If another thread is changing the
+// effect now, the next block tries again.
+void EffectRunner::TryClear() {
+  if (!hasMemory_) mustClear_ = false;
+  if (!mustClear_ || !turn_.TryTake()) return;
   effect_.Prepare(channels_, sampleRate_);
+  effect_.Skip(kForgetFrames);
+  effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
   turn_.Give();
   mustClear_ = false;
-  return true;
 }
 
 void EffectRunner::Process(const float* const* in, float* const* out, int32_t start, int32_t frames) {
@@ -101,7 +110,7 @@ int32_t EffectRunner::GetPieceEnd() const noexcept {
 
 void EffectRunner::RunPiece(int32_t frames) {
   if (latency_ > 0 || state_ != State::kActive) KeepDry(frames);
-  if (mustClear_) TryClear();
+  TryClear();
   if (state_ == State::kBypassed)
     effect_.Skip(frames);
   else
@@ -169,7 +178,7 @@ void EffectRunner::RunEffect(int32_t frames) {
     std::fill_n(out, frames, 0.0f);
     mustClear_ = true;
   }
-  if (mustClear_) TryClear();
+  TryClear();
 }
 
 void EffectRunner::WriteDry(int32_t frames) noexcept {
