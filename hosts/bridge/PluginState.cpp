@@ -67,6 +67,10 @@ void ReadStateText(std::string_view text, MXMLItem& item) {
   const MString name = item.GetName();
   item.Load(stream);
   if (item.GetName().Compare(name) != 0) throw MException("The text holds no state.");
+  // What the end of a text cuts off would be read as defaults.
+  const bool isClosed = text.find("</" + ToUtf8(item.GetName())) != std::string_view::npos;
+  const bool isOneTag = item.GetChildren().GetCount() == 0 && text.find("/>") != std::string_view::npos;
+  if (!isClosed && !isOneTag) throw MException("The state is not complete.");
 }
 
 }  // namespace bridge

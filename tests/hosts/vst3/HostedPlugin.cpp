@@ -73,19 +73,20 @@ void HostedPlugin::Process(Planes& samples, int32_t start, int32_t frames, Chang
   v3_audio_bus_buffers bus = {static_cast<int32_t>(samples.size()), 0, {channels}};
   v3_audio_bus_buffers in = bus;
   const int32_t inputs = IsInstrument() ? 0 : 1;
-  data = {setup_.isOffline ? V3_OFFLINE : V3_REALTIME,
-          V3_SAMPLE_32,
-          frames,
-          inputs,
-          1,
-          inputs ? &in : nullptr,
-          &bus,
-          changes ? changes->Get() : nullptr,
-          nullptr,
-          events ? events->Get() : nullptr,
-          nullptr,
-          nullptr};
+  v3_process_data data = {setup_.isOffline ? V3_OFFLINE : V3_REALTIME,
+                          V3_SAMPLE_32,
+                          frames,
+                          inputs,
+                          1,
+                          inputs ? &in : nullptr,
+                          &bus,
+                          changes ? changes->Get() : nullptr,
+                          nullptr,
+                          events ? events->Get() : nullptr,
+                          nullptr,
+                          nullptr};
   Check(v3_cpp_obj(processor)->process(processor, &data), "process");
+  silence = bus.channel_silence_bitset;
 }
 
 void HostedPlugin::Process(Planes& samples) {
@@ -95,7 +96,7 @@ void HostedPlugin::Process(Planes& samples) {
 }
 
 void HostedPlugin::Flush(Changes& changes) {
-  data = {};
+  v3_process_data data = {};
   data.input_params = changes.Get();
   Check(v3_cpp_obj(processor)->process(processor, &data), "process");
 }

@@ -63,7 +63,7 @@ class HostedPlugin {
   v3_audio_processor** processor = nullptr;
   v3_edit_controller** controller = nullptr;
   Handler handler;
-  v3_process_data data = {};  // of the last block
+  uint64_t silence = 0;  // which channels of the last block were told to be silent
 
  private:
   Setup setup_;

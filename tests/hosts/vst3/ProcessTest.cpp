@@ -181,12 +181,7 @@ TEST_P(Vst3EffectBlocks, NeverGiveOutWhatIsNotFinite) {
 
 struct Calls {
   int64_t allocations, waits;
-  bool operator==(const Calls&) const = default;
 };
-
-void PrintTo(const Calls& calls, std::ostream* out) {
-  *out << calls.allocations << " allocations, " << calls.waits << " locks and waits";
-}
 
 constexpr int32_t kBlocks = 60;
 
@@ -231,13 +226,16 @@ Calls CountBare(const std::string& name, const std::vector<int32_t>& rows) {
 }
 
 TEST_P(Vst3EffectBlocks, AddNeitherAllocationsNorLocksToThoseOfTheEffect) {
-  EXPECT_EQ(CountHosted(GetParam(), {}), CountBare(GetParam(), {}));
+  const Calls steady = CountHosted(GetParam(), {});
+  EXPECT_EQ(steady.allocations, 0);
+  EXPECT_LE(steady.waits, CountBare(GetParam(), {}).waits);
   std::vector<int32_t> rows;
   const bridge::Plugin effect = MakeBare(GetParam());
   for (std::size_t i = 0; i < effect.GetParameters().size(); ++i)
     if (bridge::HasValue(effect.GetParameters()[i])) rows.push_back(static_cast<int32_t>(i));
-  EXPECT_EQ(CountHosted(GetParam(), host::GetAutomatable(HostedPlugin(GetParam()))),
-            CountBare(GetParam(), rows));
+  const Calls changing = CountHosted(GetParam(), host::GetAutomatable(HostedPlugin(GetParam())));
+  EXPECT_EQ(changing.allocations, 0);
+  EXPECT_LE(changing.waits, CountBare(GetParam(), rows).waits);
 }
 
 TEST_P(Vst3EffectBlocks, BypassWithoutAllocation) {
