@@ -73,13 +73,7 @@ void ReadStateText(std::string_view text, MXMLItem& item) {
     throw MException("The state is too large.");
   if (!IsWhole(text)) throw MException("This is no state of a plug-in, or it is cut off.");
   MMemoryStream stream(text.data(), static_cast<int32_t>(text.size()));
-  const MString name = item.GetName();
   item.Load(stream);
-  if (item.GetName().Compare(name) != 0) throw MException("The text holds no state.");
-  // What the end of a text cuts off would be read as defaults.
-  const bool isClosed = text.find("</" + ToUtf8(item.GetName())) != std::string_view::npos;
-  const bool isOneTag = item.GetChildren().GetCount() == 0 && text.find("/>") != std::string_view::npos;
-  if (!isClosed && !isOneTag) throw MException("The state is not complete.");
 }
 
 }  // namespace bridge

@@ -17,8 +17,6 @@ void SaveDawState(Plugin& plugin, const PluginType& type, const DawParameters& p
 void LoadDawState(Plugin& plugin, const PluginType& type, DawParameters& parameters, MXMLItem& item);
 
 // UTF-8 and back. ReadStateText raises MException for what is no XML or is cut off.
-// UTF-8 and back. ReadStateText raises MException for what is no XML, has another name than the item, or has
-// lost its end.
 std::string GetStateText(const MXMLItem& item);
 void ReadStateText(std::string_view text, MXMLItem& item);
 
