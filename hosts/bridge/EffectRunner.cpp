@@ -85,7 +85,8 @@ void EffectRunner::TryClear() {
   if (!mustClear_ || !turn_.TryTake()) return;
   effect_.Prepare(channels_, sampleRate_);
   effect_.Skip(kForgetFrames);
-  effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
+  for (int32_t done = 0; done < kForgetFrames; done += kSpareFrames)
+    effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
   turn_.Give();
   mustClear_ = false;
 }

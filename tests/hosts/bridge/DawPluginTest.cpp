@@ -154,7 +154,8 @@ TEST(DawPlugin, RefusesForeignAndBrokenStatesAndStaysAsItWas) {
   DawPluginUnderTest plugin("Echolan");
   plugin.SetValue(plugin.Find("feedback"), 0.3);
   const std::string before = plugin.SaveState();
-  for (const char* const text : {"", "no state", "<state plugin=\"Clampet\"/>", "<state", "\xFF\xFE"})
+  for (const char* const text : {"", "no state", "<state plugin=\"Clampet\"/>", "<state", "\xFF\xFE",
+                                 "<preset/>", "<state plugin=\"Echolan\">", "<state><part/>"})
     EXPECT_THROW(plugin.LoadState(text), MException) << text;
   EXPECT_EQ(plugin.SaveState(), before);
 }
