@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/MUnitText.h"
 #include "hosts/bridge/Parameters.h"
 #include "hosts/bridge/Voices.h"
 
@@ -14,9 +15,8 @@ constexpr double kLongestRelease = 10;  // seconds
 constexpr double kStateDecimals = 1e4;
 constexpr double kTypedDecimals = 1e10;
 
-void M_CALL ShowSeconds(MString& text, double value, const MPluginParameter&) {
-  text = MString::FromDouble(value, 3);
-  text.Append(MString::Literal(" s"));
+void M_CALL ShowMilliseconds(MString& text, double value, const MPluginParameter&) {
+  text = MUnits::kMilliseconds.show(value);
 }
 
 MPluginParameter MakeSwitch() {
@@ -29,8 +29,7 @@ MPluginParameter MakeSwitch() {
 MPluginParameter MakeRelease() {
   MPluginParameter row;
   row.kind = MParameterKind::kReal;
-  row.unit = MString::Literal("{0.3} s");
-  row.formatter = ShowSeconds;
+  row.formatter = ShowMilliseconds;
   row.real = {0, kLongestRelease, Voices::kReleaseSeconds, Voices::kReleaseSeconds};
   return row;
 }

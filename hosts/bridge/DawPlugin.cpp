@@ -10,12 +10,20 @@
 
 namespace bridge {
 
+namespace {
+
+// Its sound is its input, whatever its rows say; they size the memory of its spectrum.
+constexpr std::string_view kAnalyzer = "Lumascope";
+
+}  // namespace
+
 DawPlugin::DawPlugin(const PluginType& type, Client& client)
     : type_(type),
       client_(client),
       plugin_(type.entryPoint, HearPlugin, this),
+      areRowsWork_(IsInstrument() || type.name == kAnalyzer),
       parameters_(plugin_.GetParameters(), type.kind),
-      effect_(plugin_, turn_),
+      effect_(plugin_, turn_, !areRowsWork_),
       voices_(plugin_) {}
 
 DawPlugin::~DawPlugin() = default;
@@ -209,7 +217,7 @@ void DawPlugin::Change(int32_t place, double value) noexcept {
     return;
   }
   plugin_.StoreValue(parameter.index, value);
-  if (!IsInstrument()) {
+  if (!areRowsWork_) {
     changedRow_ = parameter.index;
     return;
   }
@@ -223,6 +231,17 @@ int64_t DawPlugin::Play(const NoteEvent& event) noexcept try {
   return voices_.Play(event);
 } catch (...) {
   return -1;
+}
+
+void DawPlugin::ReleaseNote(int64_t number) noexcept try {
+  ApplyChanges();
+  voices_.ReleaseNote(number);
+} catch (...) {
+  // What could not be closed is closed with the plug-in.
+}
+
+void DawPlugin::ChokeNote(int64_t number) noexcept try { voices_.ChokeNote(number); } catch (...) {
+  // What could not be closed is closed with the plug-in.
 }
 
 void DawPlugin::Cut() noexcept try {
@@ -249,8 +268,8 @@ void DawPlugin::ApplyHostControls() noexcept {
 void DawPlugin::ApplyChanges() {
   ApplyHostControls();
   if (isLatencyOld_.load(std::memory_order_relaxed) && isLatencyOld_.exchange(false)) UpdateLatency();
-  if (IsInstrument())
-    ApplyToInstrument();
+  if (areRowsWork_)
+    ApplyAsWork();
   else if (changedRow_ >= 0)
     ApplyToEffect();
 }
@@ -270,8 +289,8 @@ void DawPlugin::ApplyToEffect() {
   UpdateLatency();
 }
 
-// A row of an instrument may have a file read, which is work for another thread.
-void DawPlugin::ApplyToInstrument() {
+// Rows that may have a file read, or memory made, are work for another thread.
+void DawPlugin::ApplyAsWork() {
   if (isOtherSound_.exchange(false, std::memory_order_relaxed)) voices_.ForgetRead();
   if (!isWorkNew_) return;
   isWorkNew_ = false;

@@ -80,6 +80,10 @@ class DawPlugin {
   void Change(int32_t place, double value) noexcept;
   // A note's number, which is not below 0, or -1, as Voices::Press.
   int64_t Play(const NoteEvent& event) noexcept;
+  // One note by its number, as the operations of Voices.
+  void ReleaseNote(int64_t number) noexcept;
+  void ChokeNote(int64_t number) noexcept;
+  bool HasNote(int64_t number) const noexcept { return voices_.HasNote(number); }
   // Ends all notes at once.
   void Cut() noexcept;
   void End() noexcept;
@@ -97,7 +101,7 @@ class DawPlugin {
   void ApplyHostControls() noexcept;
   void ApplyChanges();
   void ApplyToEffect();
-  void ApplyToInstrument();
+  void ApplyAsWork();
   void TellPending();
   void UpdateLatency() noexcept;
   void Render(int32_t frames);
@@ -106,6 +110,7 @@ class DawPlugin {
   const PluginType type_;
   Client& client_;
   Plugin plugin_;
+  const bool areRowsWork_;  // of a thread that may wait
   DawParameters parameters_;
   Turn turn_;  // of whoever changes the plug-in
   EffectRunner effect_;
@@ -119,12 +124,12 @@ class DawPlugin {
   std::atomic<int32_t> latency_ = 0;
   std::atomic<bool> areHostControlsNew_ = true;
   std::atomic<bool> isOtherSound_ = false;  // instruments: a state was loaded
-  std::atomic<uint64_t> pendingRows_ = 0;   // instruments: rows that the plug-in is yet to be told of
+  std::atomic<uint64_t> pendingRows_ = 0;   // work: rows that the plug-in is yet to be told of
   std::atomic<bool> isLatencyOld_ = false;
   std::atomic<bool> isTailKnown_ = false;
   int64_t tail_ = 0;
-  int32_t changedRow_ = -1;    // effects: a row that has changed since the last update
-  bool isWorkNew_ = false;     // instruments: rows have changed since the client was told
+  int32_t changedRow_ = -1;    // others: a row that has changed since the last update
+  bool isWorkNew_ = false;     // work: rows have changed since the client was told
   std::vector<float*> outAt_;  // where the piece begins
   const float* const* in_ = nullptr;
   float* const* out_ = nullptr;

@@ -10,7 +10,9 @@ namespace bridge {
 
 namespace {
 
-constexpr int32_t kLooksPerSecond = 4;  // for what is left in the effect's memory
+constexpr int32_t kLooksPerSecond = 4;   // for what is left in the effect's memory
+constexpr int32_t kForgetFrames = 1024;  // until nothing is left in memories that survive being prepared
+constexpr int32_t kSpareFrames = 64;
 
 }  // namespace
 
@@ -24,6 +26,10 @@ void EffectRunner::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFra
   const auto count = static_cast<std::size_t>(channels);
   in_.assign(count, nullptr);
   out_.assign(count, nullptr);
+  spare_.assign((count + 1) * kSpareFrames, 0.0f);
+  zeros_.assign(count, spare_.data());
+  waste_.resize(count);
+  for (std::size_t c = 0; c < count; ++c) waste_[c] = spare_.data() + (c + 1) * kSpareFrames;
   clean_.assign(count * static_cast<std::size_t>(mostFrames_), 0.0f);
   dry_.assign(clean_.size(), 0.0f);
   // An effect whose latency follows its parameters has room for that of a second.
@@ -71,14 +77,18 @@ bool EffectRunner::UpdateLatency() {
   return true;
 }
 
-// Preparing again for the same format clears the effect's memory. If another thread is changing the effect
-// now, the next block tries again.
-bool EffectRunner::TryClear() {
-  if (!turn_.TryTake()) return false;
+// Preparing again for the same format clears most memories, silence the others: filters that keep their
+// history and repairs of a click, which lead on from the last sample. If another thread is changing the
+// effect now, the next block tries again.
+void EffectRunner::TryClear() {
+  if (!hasMemory_) mustClear_ = false;
+  if (!mustClear_ || !turn_.TryTake()) return;
   effect_.Prepare(channels_, sampleRate_);
+  effect_.Skip(kForgetFrames);
+  for (int32_t done = 0; done < kForgetFrames; done += kSpareFrames)
+    effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
   turn_.Give();
   mustClear_ = false;
-  return true;
 }
 
 void EffectRunner::Process(const float* const* in, float* const* out, int32_t start, int32_t frames) {
@@ -101,7 +111,7 @@ int32_t EffectRunner::GetPieceEnd() const noexcept {
 
 void EffectRunner::RunPiece(int32_t frames) {
   if (latency_ > 0 || state_ != State::kActive) KeepDry(frames);
-  if (mustClear_) TryClear();
+  TryClear();
   if (state_ == State::kBypassed)
     effect_.Skip(frames);
   else
@@ -119,10 +129,9 @@ void EffectRunner::TakeInput(const float* const* in, int32_t start, int32_t fram
   for (int32_t c = 0; c < channels_; ++c) {
     const auto channel = static_cast<std::size_t>(c);
     const float* const samples = in && in[c] ? in[c] + start : nullptr;
-    const BlockCheck check = samples ? CheckBlock(samples, frames) : BlockCheck{false, true};
     in_[channel] = samples;
-    isSilent = isSilent && check.isSilent;
-    if (check.isFinite) continue;
+    isSilent = isSilent && (!samples || IsSilent(samples, frames));
+    if (samples && IsFinite(samples, frames)) continue;
     float* const clean = GetPlane(clean_, c);
     for (int32_t i = 0; i < frames; ++i) clean[i] = samples && std::isfinite(samples[i]) ? samples[i] : 0.0f;
     in_[channel] = clean;
@@ -165,11 +174,11 @@ void EffectRunner::KeepDry(int32_t frames) noexcept {
 void EffectRunner::RunEffect(int32_t frames) {
   effect_.Process(in_.data(), out_.data(), frames);
   for (float* const out : out_) {
-    if (CheckBlock(out, frames).isFinite) continue;
+    if (IsFinite(out, frames)) continue;
     std::fill_n(out, frames, 0.0f);
     mustClear_ = true;
   }
-  if (mustClear_) TryClear();
+  TryClear();
 }
 
 void EffectRunner::WriteDry(int32_t frames) noexcept {

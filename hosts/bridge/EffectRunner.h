@@ -14,8 +14,10 @@ class EffectRunner {
  public:
   static constexpr double kFadeSeconds = 0.01;
 
-  // The effect outlives the runner. `turn` says whether the audio thread may clear the effect's memory.
-  EffectRunner(Plugin& effect, Turn& turn) noexcept : effect_(effect), turn_(turn) {}
+  // The effect outlives the runner. `turn` says whether the audio thread may clear the effect's memory now;
+  // an effect that `hasMemory` is false for is never cleared.
+  EffectRunner(Plugin& effect, Turn& turn, bool hasMemory) noexcept
+      : effect_(effect), turn_(turn), hasMemory_(hasMemory) {}
 
   // Prepares the effect, for blocks of up to `mostFrames`. [host]
   void Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames);
@@ -54,10 +56,11 @@ class EffectRunner {
   void WriteDry(int32_t frames) noexcept;
   void Fade(int32_t frames);
   void WatchSilence(bool isSilent, int32_t frames);
-  bool TryClear();
+  void TryClear();
 
   Plugin& effect_;
   Turn& turn_;
+  const bool hasMemory_;
   int32_t channels_ = 0;
   int32_t sampleRate_ = 1;
   int32_t mostFrames_ = 0;
@@ -74,6 +77,9 @@ class EffectRunner {
   std::vector<const float*> in_;  // the piece that is being processed
   std::vector<float*> out_;
   std::vector<float> clean_, dry_;  // planes of mostFrames_
+  std::vector<float> spare_;        // what the effect is cleared with: zeros, and a plane per channel
+  std::vector<const float*> zeros_;
+  std::vector<float*> waste_;
   std::vector<Ring> rings_;
 };
 

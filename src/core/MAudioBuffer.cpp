@@ -29,8 +29,13 @@ void MAudioBuffer::SetSize(int32_t channels, int32_t length, int32_t capacity) {
   channels = std::clamp(channels, 0, kMaximumChannels);
   length = std::max(length, 0);
   if (channels == channelCount_ && length == length_ && !isView_) return Reserve(capacity);
-  Free();
   capacity = std::max(capacity, length);
+  if (channels == channelCount_ && capacity == capacity_ && !isView_) {
+    length_ = length;
+    Clear();
+    return SetGuards();
+  }
+  Free();
   try {
     for (int32_t c = 0; c < channels; ++c) channels_[c] = NewChannel(capacity);
   } catch (...) {

@@ -9,19 +9,31 @@
 
 MFirFilter::MFirFilter() : kernel_(MHasAVX2() ? kFirWide : kFirBaseline) {}
 
-void MFirFilter::SetFormat(int32_t kernels, int32_t length, int32_t channels) {
+void MFirFilter::SetFormat(int32_t kernels, int32_t length, int32_t channels, int32_t mostLength) {
   const auto kernelCount = static_cast<std::size_t>(std::clamp(kernels, 1, kMaximumKernels));
   const auto channelCount =
       std::max(kernelCount, static_cast<std::size_t>(std::clamp(channels, 1, kMaximumChannels)));
   length = std::max(length, 1);
   if (kernelCount == kernels_.size() && channelCount == rings_.size() && length == length_) return;
-  const auto taps = static_cast<std::size_t>(length);
+  if (kernelCount == kernels_.size() && channelCount == rings_.size() && length <= room_)
+    return Clear(length);
+  const int32_t room = std::max(length, mostLength);
+  const auto taps = static_cast<std::size_t>(room);
   decltype(kernels_) newKernels(kernelCount, Floats(taps));
   decltype(rings_) newRings(channelCount, Floats(taps));
   Floats newLine(taps + kTurn + MFirKernel::kPadding);
   kernels_.swap(newKernels);
   rings_.swap(newRings);
   line_.swap(newLine);
+  room_ = room;
+  Clear(length);
+}
+
+void MFirFilter::Clear(int32_t length) noexcept {
+  const auto taps = static_cast<std::size_t>(length);
+  for (Floats& kernel : kernels_) kernel.assign(taps, 0.0f);
+  for (Floats& ring : rings_) ring.assign(taps, 0.0f);
+  line_.assign(taps + kTurn + MFirKernel::kPadding, 0.0f);
   std::fill(std::begin(gains_), std::end(gains_), 1.0f);
   length_ = length;
   position_ = 0;

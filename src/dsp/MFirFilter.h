@@ -23,8 +23,9 @@ class MFirFilter {
 
   // Another format makes everything anew: taps and samples 0, gains 1, the place 0. The same one changes
   // nothing. Numbers of kernels and channels are limited to 1..8, channels at least as many as kernels, the
-  // length to 1 and more. On a failure nothing changes.
-  void SetFormat(int32_t kernels, int32_t length, int32_t channels);
+  // length to 1 and more. On a failure nothing changes. There is room for `mostLength` taps from then on:
+  // other lengths up to that, with the same counts, allocate nothing.
+  void SetFormat(int32_t kernels, int32_t length, int32_t channels, int32_t mostLength = 0);
   int32_t GetLength() const noexcept { return length_; }
   float* GetKernel(int32_t kernel) noexcept { return kernels_[static_cast<std::size_t>(kernel)].data(); }
 
@@ -42,12 +43,14 @@ class MFirFilter {
 
   static constexpr int32_t kTurn = 512;  // samples of a channel that are filtered at once
 
+  void Clear(int32_t length) noexcept;
   void RunTurn(std::size_t channel, const float* in, float* out, int32_t samples) noexcept;
   void Keep(Floats& ring, const float* line, int32_t samples) noexcept;
   void MovePlace(int64_t samples) noexcept;
 
   const MFirKernel& kernel_;
   int32_t length_ = 0;
+  int32_t room_ = 0;      // taps that all have room for
   int32_t position_ = 0;  // in all rings, of the next sample, below the length
   std::vector<Floats, MAllocator<Floats>> kernels_;
   std::vector<Floats, MAllocator<Floats>> rings_;

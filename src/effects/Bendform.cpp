@@ -18,6 +18,7 @@ BendformAudioEffectPlugin::BendformAudioEffectPlugin()
 
 void BendformAudioEffectPlugin::ResetCurve() {
   const MLocker locker(lock_);
+  isCurveNew_ = true;
   curve_.Clear();
   curve_.Add(0, 0);
   curve_.Add(1, 1);
@@ -29,6 +30,8 @@ void BendformAudioEffectPlugin::Update() {
   MEnvelopeData curve;
   {
     const MLocker locker(lock_);
+    if (!isCurveNew_) return;
+    isCurveNew_ = false;
     curve = curve_;
   }
   shapes_[1 - current_].Build(curve);
@@ -48,6 +51,7 @@ bool BendformAudioEffectPlugin::LoadState(MXMLItem& item) {
   if (item.HasSubItem("graph")) {
     const MLocker locker(lock_);
     curve_.Load(item.CachedSubItem());
+    isCurveNew_ = true;
   }
   return MAudioEffectPlugin::LoadState(item);
 }

@@ -32,5 +32,6 @@ class BendformAudioEffectPlugin final : public MAudioEffectPlugin {
   BendformCurve shapes_[2];
   // Under the lock.
   MEnvelopeData curve_;
-  int32_t current_ = 0;  // the shape that blocks read; an update builds the other one beside the lock
+  bool isCurveNew_ = true;  // not built yet
+  int32_t current_ = 0;     // the shape that blocks read; an update builds the other one beside the lock
 };

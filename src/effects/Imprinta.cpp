@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "core/MXMLItem.h"
-#include "dsp/MEnvelopeComputer.h"
 #include "plugin/MParameterFormatters.h"
 
 ImprintaAudioEffectPlugin::ImprintaAudioEffectPlugin() {
@@ -28,12 +27,13 @@ void ImprintaAudioEffectPlugin::Update() {
   if (sampleRate_ < 1) return;
   const int32_t length = std::clamp<int32_t>(MLoadShared(rows_[kLength].integer.value), 1, kMaximumLength);
   const MLocker locker(lock_);
-  MEnvelopeComputer computer;
-  computer.Build(curve_);
-  filter_.SetFormat(1, length, MFirFilter::kMaximumChannels);
+  if (isCurveNew_) computer_.Build(curve_);
+  isCurveNew_ = false;
+  computer_.Seek(0);
+  filter_.SetFormat(1, length, MFirFilter::kMaximumChannels, kMaximumLength);
   float* const kernel = filter_.GetKernel(0);
   for (int32_t i = 0; i < length; ++i) {
-    taps_[i] = computer.GetValue((i + 0.5) / length);
+    taps_[i] = computer_.GetValue((i + 0.5) / length);
     kernel[length - 1 - i] = static_cast<float>(taps_[i]);
   }
   tapCount_ = length;
@@ -53,6 +53,7 @@ bool ImprintaAudioEffectPlugin::LoadState(MXMLItem& item) {
   if (item.HasSubItem("graph")) {
     const MLocker locker(lock_);
     curve_.Load(item.CachedSubItem());
+    isCurveNew_ = true;
   }
   return MAudioEffectPlugin::LoadState(item);
 }

@@ -1,6 +1,6 @@
 #pragma once
 #include "dsp/MClickRepair.h"
-#include "dsp/MEnvelopeData.h"
+#include "dsp/MEnvelopeComputer.h"
 #include "dsp/MFirFilter.h"
 #include "plugin/MAudioEffectPlugin.h"
 
@@ -33,6 +33,8 @@ class ImprintaAudioEffectPlugin final : public MAudioEffectPlugin {
   MPluginParameter rows_[kRowCount];
   // Under the lock.
   MEnvelopeData curve_;
+  MEnvelopeComputer computer_;  // of the curve
+  bool isCurveNew_ = true;
   MFirFilter filter_;
   double taps_[kMaximumLength] = {};
   int32_t tapCount_ = 0;

@@ -130,6 +130,7 @@ SqueezelSettings SqueezelAudioEffectPlugin::GetSettings() const {
 
 void SqueezelAudioEffectPlugin::FollowCurve() {
   const double t = curve_.settings.threshold;
+  isDrawnNew_ = true;
   drawn_.Clear();
   drawn_.Add(drawn_.xMinimum, 0).Set(MEnvelopeFlag::kFixedY, true);
   drawn_.Add(std::sqrt(t), std::sqrt(t * curve_.makeUp));
@@ -149,14 +150,17 @@ void SqueezelAudioEffectPlugin::DesignSideChain() {
   if (hasHighPass) design(filters_[1], MBiquadType::kHighPass, sideChain_.minimumFrequency);
 }
 
-// Compiles the drawn curve as it is now into the shape that is not read.
-void SqueezelAudioEffectPlugin::BuildShape() {
+// Compiles the drawn curve into the shape that is not read; false if the other one is of the same curve.
+bool SqueezelAudioEffectPlugin::BuildShape() {
   MEnvelopeData drawn;
   {
     const MLocker locker(lock_);
+    if (!isDrawnNew_) return false;
+    isDrawnNew_ = false;
     drawn = drawn_;
   }
   drawnShapes_[1 - currentShape_].Build(drawn);
+  return true;
 }
 
 void SqueezelAudioEffectPlugin::Update() {
@@ -164,7 +168,8 @@ void SqueezelAudioEffectPlugin::Update() {
   if (sampleRate_ < 1) return;
   const SqueezelCurve curve(GetSettings());
   const bool isDrawn = curve.settings.isDrawn;
-  if (isDrawn) BuildShape();
+  // Ahead, too, so that switching to it allocates nothing; an editor draws the computed curve until then.
+  const bool isBuilt = (isDrawn || !IsEditorOpen()) && BuildShape();
   const MLocker locker(lock_);
   curve_ = curve;
   isBypassed_ = !isDrawn && std::abs(curve_.settings.ratio - 1) < kNothing;
@@ -172,7 +177,7 @@ void SqueezelAudioEffectPlugin::Update() {
   const auto decay = [this](int32_t row) { return Decay(sampleRate_, MLimitedValue(rows_[row], 0, 60)); };
   times_ = {decay(kAttack), decay(kRelease), decay(kRmsLength)};
   if (!isDrawn && IsEditorOpen()) FollowCurve();
-  if (isDrawn) currentShape_ = 1 - currentShape_;
+  if (isBuilt) currentShape_ = 1 - currentShape_;
   curve_.drawn = drawnShapes_[currentShape_].GetView();
   isLinked_ = MIsOn(rows_[kLinkChannels]);
   DesignSideChain();
@@ -202,6 +207,7 @@ void SqueezelAudioEffectPlugin::SetCurve(const MEnvelopeData& curve) {
   {
     const MLocker locker(lock_);
     drawn_ = curve;
+    isDrawnNew_ = true;
   }
   Update();
 }
@@ -244,6 +250,7 @@ bool SqueezelAudioEffectPlugin::LoadState(MXMLItem& item) {
   {
     const MLocker locker(lock_);
     if (item.HasSubItem("graph")) drawn_.Load(item.CachedSubItem());
+    isDrawnNew_ = true;
     sideChain_.isOn = item.GetAttribute("SideChainEnable").ToInteger() != 0;
     sideChain_.plays = item.GetAttribute("SideChainPlay").ToInteger() != 0;
     sideChain_.minimumFrequency = MReadNumber(item, "SideChainMinFrequency", kLowestSideChain);

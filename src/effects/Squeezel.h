@@ -68,7 +68,7 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
   void AddSwitches();
   SqueezelSettings GetSettings() const;
   void FollowCurve();
-  void BuildShape();
+  bool BuildShape();
   void DesignSideChain();
   void LoadOldRows(const MXMLItem& item);
   bool HasFilter() const noexcept { return firstFilter_ < endFilter_; }
@@ -85,6 +85,7 @@ class SqueezelAudioEffectPlugin final : public MAudioEffectPlugin {
   BendformCurve drawnShapes_[2];
   // Under the lock.
   MEnvelopeData drawn_;
+  bool isDrawnNew_ = true;    // not compiled yet
   int32_t currentShape_ = 0;  // that blocks read; an update compiles the other one beside the lock
   SideChain sideChain_;
   SqueezelCurve curve_;
