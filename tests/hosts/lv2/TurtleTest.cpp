@@ -75,6 +75,14 @@ TEST_F(Lv2Turtle, InstrumentsHearNotesAndSayWhichFileTheyPlay) {
   EXPECT_THAT(Describe("Toneloom4NN"), Not(HasSubstr("patch:writable")));
 }
 
+TEST_F(Lv2Turtle, AWorkerIsAskedForWhereThereIsWork) {
+  for (const char* const name : {"Playbox", "Toneloom4NN", "Lumascope"}) {
+    EXPECT_THAT(Describe(name), HasSubstr(" , work:schedule"));
+    EXPECT_THAT(Describe(name), HasSubstr("lv2:extensionData state:interface , work:interface ;"));
+  }
+  EXPECT_THAT(Describe("Echolan"), Not(HasSubstr("work:schedule")));
+}
+
 TEST_F(Lv2Turtle, VersionsOfReleasesAreEven) {
   EXPECT_THAT(Describe("Echolan"), HasSubstr("lv2:minorVersion 204 ;\n\tlv2:microVersion 6 ;"));
 }
