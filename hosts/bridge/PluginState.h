@@ -13,11 +13,10 @@ namespace bridge {
 // Writes the state to an item. Raises MException. [host]
 void SaveDawState(Plugin& plugin, const PluginType& type, const DawParameters& parameters, MXMLItem& item);
 // Takes over the state of an item. A parameter of the host side that it lacks stays as it is. Raises
-// MException, with the plug-in as it was, for a state of another plug-in. [host]
+// MException, with the plug-in as it was, for a state of another plug-in and for what is no state. [host]
 void LoadDawState(Plugin& plugin, const PluginType& type, DawParameters& parameters, MXMLItem& item);
 
-// UTF-8 and back. ReadStateText raises MException for what is no XML, has another name than the item, or has
-// lost its end.
+// UTF-8 and back. ReadStateText raises MException for what is no XML or is cut off.
 std::string GetStateText(const MXMLItem& item);
 void ReadStateText(std::string_view text, MXMLItem& item);
 
