@@ -1,36 +1,35 @@
 #pragma once
-#include <bit>
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <cstring>
 
 namespace bridge {
 
-struct BlockCheck {
-  bool isFinite;  // neither infinite nor no number
-  bool isSilent;  // zeros alone
-};
-
-// Looks at `count` samples. [audio]
-inline BlockCheck CheckBlock(const float* samples, int32_t count) noexcept {
-  constexpr int32_t kLanes = 8;
-  float spoilt[kLanes] = {};  // 0 times what is not finite is no number, and stays that
-  uint32_t bits[kLanes] = {};
+// Whether none of the samples is infinite or no number. [audio]
+inline bool IsFinite(const float* samples, int32_t count) noexcept {
+  using Floats = float __attribute__((vector_size(16)));
+  using Words = uint32_t __attribute__((vector_size(16)));
+  constexpr int32_t kLanes = 4, kTurn = 4 * kLanes;
+  Words spoilt[4] = {};  // 0 times what is not finite is no number, else a zero of either sign
   int32_t i = 0;
-  for (; i + kLanes <= count; i += kLanes)
-    for (int32_t lane = 0; lane < kLanes; ++lane) {
-      spoilt[lane] += samples[i + lane] * 0.0f;
-      bits[lane] |= std::bit_cast<uint32_t>(samples[i + lane]);
+  for (; i + kTurn <= count; i += kTurn)
+    for (int32_t k = 0; k < 4; ++k) {
+      Floats lanes;
+      std::memcpy(&lanes, samples + i + k * kLanes, sizeof lanes);
+      lanes *= 0.0f;
+      Words words;
+      std::memcpy(&words, &lanes, sizeof words);
+      spoilt[k] |= words;
     }
-  for (; i < count; ++i) {
-    spoilt[0] += samples[i] * 0.0f;
-    bits[0] |= std::bit_cast<uint32_t>(samples[i]);
-  }
-  float sum = 0;
-  uint32_t all = 0;
-  for (int32_t lane = 0; lane < kLanes; ++lane) {
-    sum += spoilt[lane];
-    all |= bits[lane];
-  }
-  return {sum == 0, (all & 0x7FFFFFFFu) == 0};
+  const Words all = (spoilt[0] | spoilt[1] | spoilt[2] | spoilt[3]) << 1;
+  if ((all[0] | all[1] | all[2] | all[3]) != 0) return false;
+  return std::all_of(samples + i, samples + count, [](float sample) { return std::isfinite(sample); });
+}
+
+// Whether all of the samples are zeros. [audio]
+inline bool IsSilent(const float* samples, int32_t count) noexcept {
+  return std::all_of(samples, samples + count, [](float sample) { return sample == 0; });
 }
 
 }  // namespace bridge

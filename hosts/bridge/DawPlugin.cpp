@@ -233,6 +233,17 @@ int64_t DawPlugin::Play(const NoteEvent& event) noexcept try {
   return -1;
 }
 
+void DawPlugin::ReleaseNote(int64_t number) noexcept try {
+  ApplyChanges();
+  voices_.ReleaseNote(number);
+} catch (...) {
+  // What could not be closed is closed with the plug-in.
+}
+
+void DawPlugin::ChokeNote(int64_t number) noexcept try { voices_.ChokeNote(number); } catch (...) {
+  // What could not be closed is closed with the plug-in.
+}
+
 void DawPlugin::Cut() noexcept try {
   if (IsInstrument()) voices_.Cut();
 } catch (...) {

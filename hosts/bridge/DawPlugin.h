@@ -80,6 +80,10 @@ class DawPlugin {
   void Change(int32_t place, double value) noexcept;
   // A note's number, which is not below 0, or -1, as Voices::Press.
   int64_t Play(const NoteEvent& event) noexcept;
+  // One note by its number, as the operations of Voices.
+  void ReleaseNote(int64_t number) noexcept;
+  void ChokeNote(int64_t number) noexcept;
+  bool HasNote(int64_t number) const noexcept { return voices_.HasNote(number); }
   // Ends all notes at once.
   void Cut() noexcept;
   void End() noexcept;

@@ -85,7 +85,8 @@ void EffectRunner::TryClear() {
   if (!mustClear_ || !turn_.TryTake()) return;
   effect_.Prepare(channels_, sampleRate_);
   effect_.Skip(kForgetFrames);
-  effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
+  for (int32_t done = 0; done < kForgetFrames; done += kSpareFrames)
+    effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
   turn_.Give();
   mustClear_ = false;
 }
@@ -128,10 +129,9 @@ void EffectRunner::TakeInput(const float* const* in, int32_t start, int32_t fram
   for (int32_t c = 0; c < channels_; ++c) {
     const auto channel = static_cast<std::size_t>(c);
     const float* const samples = in && in[c] ? in[c] + start : nullptr;
-    const BlockCheck check = samples ? CheckBlock(samples, frames) : BlockCheck{false, true};
     in_[channel] = samples;
-    isSilent = isSilent && check.isSilent;
-    if (check.isFinite) continue;
+    isSilent = isSilent && (!samples || IsSilent(samples, frames));
+    if (samples && IsFinite(samples, frames)) continue;
     float* const clean = GetPlane(clean_, c);
     for (int32_t i = 0; i < frames; ++i) clean[i] = samples && std::isfinite(samples[i]) ? samples[i] : 0.0f;
     in_[channel] = clean;
@@ -174,7 +174,7 @@ void EffectRunner::KeepDry(int32_t frames) noexcept {
 void EffectRunner::RunEffect(int32_t frames) {
   effect_.Process(in_.data(), out_.data(), frames);
   for (float* const out : out_) {
-    if (CheckBlock(out, frames).isFinite) continue;
+    if (IsFinite(out, frames)) continue;
     std::fill_n(out, frames, 0.0f);
     mustClear_ = true;
   }

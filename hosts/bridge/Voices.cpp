@@ -117,11 +117,38 @@ void Voices::Release(int32_t channel, int32_t key) {
     if (voice.state == State::kPressed && voice.channel == channel && voice.key == key &&
         (!oldest || voice.number < oldest->number))
       oldest = &voice;
-  if (!oldest) return;
-  if (isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)])
-    oldest->state = State::kHeldByPedal;
+  if (oldest) LetGo(*oldest);
+}
+
+void Voices::LetGo(Voice& voice) {
+  if (isPedalDown_[static_cast<std::size_t>(voice.channel & kLastChannel)])
+    voice.state = State::kHeldByPedal;
   else
-    Fade(*oldest, releaseSeconds_);
+    Fade(voice, releaseSeconds_);
+}
+
+void Voices::ReleaseNote(int64_t number) {
+  for (Voice& voice : voices_)
+    if (voice.state == State::kPressed && voice.number == number && !isOneShot_) LetGo(voice);
+}
+
+// A note that fades goes on from the gain that it has, along a steeper line.
+void Voices::ChokeNote(int64_t number) {
+  for (Voice& voice : voices_) {
+    if (voice.state == State::kFree || voice.number != number) continue;
+    const double gain = voice.state == State::kFading ? GetFade(voice) : 1;
+    const int32_t left = voice.state == State::kFading ? voice.fadeLeft : std::numeric_limits<int32_t>::max();
+    Fade(voice, kGiveWaySeconds);
+    if (voice.state == State::kFree) continue;
+    voice.fadeLeft = std::min(voice.fadeLeft, left);
+    voice.fadeFrames = static_cast<int32_t>(std::min(std::round(voice.fadeLeft / gain), kMostFadeFrames));
+  }
+}
+
+bool Voices::HasNote(int64_t number) const noexcept {
+  return std::any_of(voices_.begin(), voices_.end(), [number](const Voice& voice) {
+    return voice.state != State::kFree && voice.number == number;
+  });
 }
 
 void Voices::SetPedal(int32_t channel, bool isDown) {

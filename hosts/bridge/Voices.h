@@ -48,6 +48,12 @@ class Voices {
   int64_t Press(int32_t channel, int32_t key, double volume);
   // Ends the channel's oldest note of that key that is not released yet.
   void Release(int32_t channel, int32_t key);
+  // The same for one note by its number, unless it is over.
+  void ReleaseNote(int64_t number);
+  // Ends one note in a few milliseconds, also one that rings out or fades.
+  void ChokeNote(int64_t number);
+  // Whether the note is not over yet.
+  bool HasNote(int64_t number) const noexcept;
   // While the pedal is down, released keys sound on.
   void SetPedal(int32_t channel, bool isDown);
   // All keys and the pedal of a channel go up.
@@ -92,6 +98,7 @@ class Voices {
   void FinishLoading(double volume);
   void MakeRoom();
   Voice& FindPlace();
+  void LetGo(Voice& voice);
   void Fade(Voice& voice, double seconds);
   void Close(Voice& voice);
   void Mix(Voice& voice, float* const* out, int32_t frames);

@@ -16,12 +16,15 @@ struct Unsigned8 {
   }
 };
 
+// Copying on little-endian machines is a form that the compiler turns into vectors.
+constexpr bool kIsLittle = std::endian::native == std::endian::little;
+
 struct Signed16 {
   static constexpr int32_t kBytes = 2;
   static float Get(const uint8_t* bytes) noexcept {
     int16_t sample;
-    if constexpr (std::endian::native == std::endian::little)
-      std::memcpy(&sample, bytes, sizeof sample);  // a form that the compiler turns into vectors
+    if constexpr (kIsLittle)
+      std::memcpy(&sample, bytes, sizeof sample);
     else
       sample = static_cast<int16_t>(MGetLittle16(bytes));
     return static_cast<float>(sample) * 3.0518509447574615e-05f;
@@ -45,7 +48,14 @@ struct Signed32 {
 
 struct Float32 {
   static constexpr int32_t kBytes = 4;
-  static float Get(const uint8_t* bytes) noexcept { return std::bit_cast<float>(MGetLittle32(bytes)); }
+  static float Get(const uint8_t* bytes) noexcept {
+    float sample;
+    if constexpr (kIsLittle)
+      std::memcpy(&sample, bytes, sizeof sample);
+    else
+      sample = std::bit_cast<float>(MGetLittle32(bytes));
+    return sample;
+  }
 };
 
 // `stride`: bytes from one frame to the next.

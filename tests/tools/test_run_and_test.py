@@ -55,6 +55,29 @@ class Run(ScriptCase):
         expected += [f"cmake --build build/release --parallel {jobs} --target Sonvelle sonvelle content"]
         self.assertEqual(self.log(), expected)
 
+    def test_install_builds_the_bundles_and_copies_them_to_the_home_with_what_links_stand_for(self):
+        self.script("tools/install-user", (TOOLS / "install-user").read_text().split("\n", 1)[1])
+        home = self.root / "home"
+        home.mkdir()
+        self.write("plugins.so", "code")
+        for name in ("lv2/Sonvelle.lv2/a.so", "clap/Sonvelle.clap", "vst3/Sonvelle.vst3/Contents/x/a.so"):
+            (self.root / "build/release" / name).parent.mkdir(parents=True, exist_ok=True)
+            (self.root / "build/release" / name).symlink_to(self.root / "plugins.so")
+        self.write("build/release/content/states/a.xml", "state")
+        self.write("home/.lv2/Sonvelle.lv2/old.ttl", "old")
+        self.path |= {"HOME": str(home)}
+        self.path.pop("XDG_DATA_HOME", None)
+        code, out, err = self.start("run", "install")
+        targets = [home / ".lv2/Sonvelle.lv2", home / ".clap/Sonvelle.clap", home / ".vst3/Sonvelle.vst3",
+                   home / ".local/share/sonvelle"]
+        self.assertEqual((code, out), (0, "".join(f"{target}\n" for target in targets)), err)
+        self.assertIn("--target Sonvelle sonvelle content lv2_bundle clap_bundle vst3_bundle", self.log()[-1])
+        self.assertEqual([path.name for path in targets[0].iterdir()], ["a.so"])
+        for file in (targets[0] / "a.so", targets[1], targets[2] / "Contents/x/a.so"):
+            self.assertFalse(file.is_symlink())
+            self.assertEqual(file.read_text(), "code")
+        self.assertEqual((targets[3] / "states/a.xml").read_text(), "state")
+
     def test_a_second_call_says_nothing_and_does_not_configure_again(self):
         self.start("run", "list")
         code, out, err = self.start("run", "list")

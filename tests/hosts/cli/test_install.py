@@ -24,7 +24,7 @@ class Install(CommandCase):
     def expect_works(self, prefix):
         self.command = prefix / "bin/sonvelle"
         self.assertIn("Echolan", self.succeed("list"))
-        self.assertEqual([path.name for path in prefix.rglob("*.so")], ["Sonvelle.so"])
+        self.assertEqual([path.name for path in prefix.glob("lib*/**/sonvelle/*")], ["Sonvelle.so"])
         self.assertEqual((prefix / "share/man/man1/sonvelle.1").read_text(), self.succeed("help", "--man"))
         if (Path(BUILD) / "content").is_dir():
             self.expect_content(prefix)
