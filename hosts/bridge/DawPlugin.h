@@ -67,6 +67,8 @@ class DawPlugin {
   // The samples that sound behind the end of the input, with the latency; kEndlessTail. Measures anew when
   // the state has changed. Raises MException. [host]
   int64_t GetTail();
+  // Whether OnWorkWaiting is ever called.
+  bool HasWork() const noexcept { return areRowsWork_; }
   // What OnWorkWaiting asked for. Raises MException. [host]
   void DoWork();
 

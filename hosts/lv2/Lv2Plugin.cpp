@@ -73,7 +73,6 @@ void Lv2Plugin::Connect(uint32_t index, void* data) noexcept {
 }
 
 void Lv2Plugin::Activate() noexcept try {
-  ReadFreeWheel();
   plugin_.Activate(kChannels, sampleRate_, host_.GetMostFrames());
 } catch (const MException& raised) {
   host_.Log(bridge::ToUtf8(raised.message));

@@ -24,17 +24,16 @@ std::string VersionTurtle(const std::string& version) {
 }
 
 // An effect runs without numbers of URIs, as simple hosts have it.
-std::string FeatureTurtle(const bridge::PluginType& type) {
-  const std::string common = "opts:options , bufsz:boundedBlockLength , log:log , state:threadSafeRestore";
-  const std::string options =
-      " ;\n\topts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;\n";
-  if (type.kind == bridge::PluginKind::kEffect)
-    return "\tlv2:optionalFeature urid:map , " + common +
-           (IsHardRealTime(type) ? " , lv2:hardRTCapable" : "") + options +
-           "\tlv2:extensionData state:interface ;\n";
-  return "\tlv2:requiredFeature urid:map ;\n\tlv2:optionalFeature " + common +
-         " , work:schedule , state:mapPath , state:freePath" + options +
-         "\tlv2:extensionData state:interface , work:interface ;\n";
+std::string FeatureTurtle(const bridge::DawPlugin& plugin) {
+  const std::string map = plugin.IsInstrument() ? "\tlv2:requiredFeature urid:map ;\n\tlv2:optionalFeature "
+                                                : "\tlv2:optionalFeature urid:map , ";
+  return map + "opts:options , bufsz:boundedBlockLength , log:log , state:threadSafeRestore" +
+         (IsHardRealTime(plugin.GetType()) ? " , lv2:hardRTCapable" : "") +
+         (plugin.HasWork() ? " , work:schedule" : "") +
+         (FindFileKind(plugin.GetType()) ? " , state:mapPath , state:freePath" : "") +
+         " ;\n\topts:supportedOption bufsz:maxBlockLength , bufsz:nominalBlockLength ;\n"
+         "\tlv2:extensionData state:interface" +
+         (plugin.HasWork() ? " , work:interface ;\n" : " ;\n");
 }
 
 std::string AudioGroups(const std::string& uri, bool isInstrument) {
@@ -128,7 +127,7 @@ std::string MakePluginTurtle(const bridge::PluginType& type, const std::string& 
           " ;\n\tdoap:license <https://spdx.org/licenses/MIT> ;\n"
           "\tdoap:maintainer [\n\t\tfoaf:name \"Sonvelle\" ;\n\t\tfoaf:homepage "
           "<https://sonvelle.example/>\n\t] ;\n" +
-          VersionTurtle(version) + FeatureTurtle(type);
+          VersionTurtle(version) + FeatureTurtle(plugin);
   if (!isInstrument) text += "\tpg:mainInput " + Reference(uri, kInGroup) + " ;\n";
   text += "\tpg:mainOutput " + Reference(uri, kOutGroup) + " ;\n";
   if (kind) text += "\tpatch:writable <" + GetFileUri(*kind) + "> ;\n";

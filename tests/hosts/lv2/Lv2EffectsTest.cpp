@@ -160,6 +160,18 @@ TEST_F(Lv2Effects, AreSaidToBeHardRealTimeWhereBlocksWithChangesNeitherAllocateN
   }
 }
 
+TEST_F(Lv2Effects, RowsThatMakeMemoryAreWorkForTheWorker) {
+  for (const Work work : {Work::kLater, Work::kNone, Work::kAtOnce}) {
+    const auto host = Make("Lumascope", {.work = work});
+    host->Run(64);
+    host->DoWork();
+    host->Control("fftsize") = 14;
+    host->Run(64);
+    EXPECT_EQ(host->DoWork(), work == Work::kLater ? 1 : 0);
+    EXPECT_EQ(GetAttribute(*host, "parameterfftsize"), "14");
+  }
+}
+
 TEST_F(Lv2Effects, MayBeActivatedAgain) {
   const auto host = Make("Echolan");
   host->Control("delay") = 2;

@@ -115,17 +115,20 @@ class Lv2Host {
   // The buffer of the events, for tests that break it.
   LV2_Atom_Sequence* GetEvents() { return reinterpret_cast<LV2_Atom_Sequence*>(eventsIn_.data()); }
 
-  // The paths that the last block told of, and the number of its other messages.
+  // The paths that the last block told of, and its messages of a type.
   std::vector<std::string> GetToldPaths() {
     std::vector<std::string> paths;
-    auto* const sequence = reinterpret_cast<LV2_Atom_Sequence*>(eventsOut_.data());
-    LV2_ATOM_SEQUENCE_FOREACH(sequence, event) {
+    ForMessages([&](const LV2_Atom_Object* message) {
       const LV2_Atom* value = nullptr;
-      lv2_atom_object_get(reinterpret_cast<const LV2_Atom_Object*>(&event->body),
-                          numbers_.Get(LV2_PATCH__value), &value, 0);
+      lv2_atom_object_get(message, numbers_.Get(LV2_PATCH__value), &value, 0);
       if (value) paths.emplace_back(reinterpret_cast<const char*>(value + 1));
-    }
+    });
     return paths;
+  }
+  int CountMessages(const std::string& type) {
+    int count = 0;
+    ForMessages([&](const LV2_Atom_Object* message) { count += message->body.otype == numbers_.Get(type); });
+    return count;
   }
 
   // Does what the worker has been asked for; the number of messages.
@@ -203,6 +206,11 @@ class Lv2Host {
     descriptor_.connect_port(handle_, static_cast<uint32_t>(index), data);
   }
 
+  template <typename Look>
+  void ForMessages(Look look) {
+    const auto* const sequence = reinterpret_cast<const LV2_Atom_Sequence*>(eventsOut_.data());
+    LV2_ATOM_SEQUENCE_FOREACH(sequence, event) look(reinterpret_cast<const LV2_Atom_Object*>(&event->body));
+  }
   template <typename More>
   void AddPatch(const char* type, const std::string& property, More more) {
     LV2_Atom_Forge_Frame object;

@@ -116,9 +116,11 @@ TEST_F(Lv2Instruments, AFileIsLoadedByTheWorkerAndTold) {
   host->AddMidi(0, {0x90, 60, 127});
   host->Run(64);
   EXPECT_THAT(host->GetToldPaths(), ElementsAre(content_.Path("Samples/Drums/Step.wav")));
+  EXPECT_EQ(host->CountMessages(LV2_STATE__StateChanged), 1);
   EXPECT_EQ(host->outLeft[63], 0.5f);
   host->Run(64);
   EXPECT_THAT(host->GetToldPaths(), IsEmpty());
+  EXPECT_EQ(host->CountMessages(LV2_STATE__StateChanged), 0);
 }
 
 TEST_F(Lv2Instruments, WithoutAWorkerAFileIsLoadedAtOnce) {
