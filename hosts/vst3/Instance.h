@@ -11,6 +11,7 @@
 #include "hosts/vst3/BlockChanges.h"
 #include "hosts/vst3/Classes.h"
 #include "hosts/vst3/Interface.h"
+#include "hosts/vst3/NoteIds.h"
 #include "hosts/vst3/ParameterList.h"
 #include "hosts/vst3/ShownValues.h"
 
@@ -107,6 +108,7 @@ class Instance final : bridge::DawPlugin::Client {
   void EnterBlocks() noexcept;
   bool ConnectBuffers(const v3_process_data& data, int32_t frames) noexcept;
   void PlayChanges() noexcept;
+  void PlayEvent(const v3_event& event) noexcept;
   void PlayPoint(Target target, double value) noexcept;
   void FinishBuffers(const v3_process_data& data, int32_t frames) noexcept;
 
@@ -118,6 +120,7 @@ class Instance final : bridge::DawPlugin::Client {
   ShownValues shown_;
   std::array<std::atomic<double>, ParameterList::kControllerCount> controllers_ = {};
   BlockChanges changes_;
+  NoteIds noteIds_;
 
   v3_funknown** context_ = nullptr;
   v3_component_handler** handler_ = nullptr;

@@ -71,9 +71,19 @@ void Instance::PlayChanges() noexcept {
     plugin_.RunTo(change.frame);
     if (change.target.kind != Target::Kind::kNone)
       PlayPoint(change.target, change.value);
-    else if (const std::optional<bridge::NoteEvent> note = ReadEvent(change.event))
-      plugin_.Play(*note);
+    else
+      PlayEvent(change.event);
   }
+}
+
+// A release by id ends that note, one without, or with an unknown one, the oldest of its key.
+void Instance::PlayEvent(const v3_event& event) noexcept {
+  const std::optional<bridge::NoteEvent> note = ReadEvent(event);
+  if (!note) return;
+  const int64_t ended = event.type == V3_EVENT_NOTE_OFF ? noteIds_.Find(event.note_off.note_id) : -1;
+  if (ended >= 0) return plugin_.ReleaseNote(ended);
+  const int64_t begun = plugin_.Play(*note);
+  if (begun >= 0 && event.note_on.note_id >= 0) noteIds_.Keep(event.note_on.note_id, begun);
 }
 
 void Instance::PlayPoint(Target target, double value) noexcept {

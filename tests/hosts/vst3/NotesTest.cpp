@@ -86,6 +86,25 @@ TEST_F(Vst3Notes, BeginAndEndAtTheirFrames) {
   EXPECT_EQ(plugin_.silence, 0u);
 }
 
+// Two notes of one key: the ends of the second by its id, by an unknown one, and the oldest one's.
+TEST_F(Vst3Notes, EndByTheIdOfTheHostOrElseByTheKey) {
+  const auto render = [](int32_t id) {
+    HostedPlugin plugin("Toneloom4NN");
+    SetProgram(plugin, "Warm pad");
+    plugin.Start({2, 48000, kFrames});
+    Events events;
+    events.Press(0, 60, 1, 0, 7);
+    events.Press(500, 60, 0.3f, 0, 8);
+    events.Release(2000, 60, 0, id);
+    Planes samples(2, std::vector<float>(kFrames));
+    plugin.Process(samples, 0, kFrames, nullptr, &events);
+    return samples;
+  };
+  EXPECT_EQ(render(-1), render(7));
+  EXPECT_EQ(render(99), render(7));
+  EXPECT_NE(render(8), render(7));
+}
+
 TEST_F(Vst3Notes, WithoutAVelocityEndTheKey) {
   Events events;
   events.Press(0, 60, 1);
