@@ -42,11 +42,11 @@ v3_result Instance::Process(v3_process_data* data) {
 // Values that were set while no blocks came and that no queue brought.
 void Instance::EnterBlocks() noexcept {
   blocks_.store(blocks_ + 1, std::memory_order_relaxed);
-  if (areBlocksComing_.load(std::memory_order_relaxed)) return;
+  audioThread_.store(std::this_thread::get_id(), std::memory_order_relaxed);
+  if (!plugin_.IsActive() || areBlocksComing_.load(std::memory_order_relaxed)) return;
   for (std::size_t i = 0; i < shown_.GetCount(); ++i)
     if (shown_.Take(i))
       plugin_.Change(static_cast<int32_t>(i), bridge::Denormalize(plugin_.GetParameters()[i], shown_.Get(i)));
-  audioThread_ = std::this_thread::get_id();
   areBlocksComing_ = true;
 }
 

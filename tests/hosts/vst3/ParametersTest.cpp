@@ -149,6 +149,9 @@ TEST(Vst3Controllers, AreMappedToHiddenParametersOfEachChannel) {
       ids.insert(id);
     }
   EXPECT_EQ(ids.size(), 64u);
+  EXPECT_EQ(*ids.begin(), 0x4D494449u);  // songs hold them
+  EXPECT_EQ(*ids.rbegin(), 0x4D494449u + 63);
+  EXPECT_EQ(host::FindId(plugin, "Program"), 0x50524F47u);
   v3_param_id id = 0;
   EXPECT_EQ(get(mapping, 0, 0, 64, nullptr), V3_INVALID_ARG);
   EXPECT_EQ(get(mapping, 1, 0, 64, &id), V3_FALSE);
