@@ -31,19 +31,19 @@ for i = 4, #arg do
 	local plugin = ARDOUR.LuaAPI.new_plugin(Session, arg[i], ARDOUR.PluginType[format], "")
 	if plugin:isnil() then fail(arg[i] .. " is not found") end
 	if track:add_processor_by_index(plugin, i - 3, nil, true) ~= 0 then fail(arg[i] .. " cannot be inserted") end
-	local list, controls, range = ARDOUR.LuaAPI.plugin_automation(plugin, 0)
-	if not list:isnil() then
-		controls:add(Temporal.timepos_t(0), range.lower, false, true)
-		controls:add(Temporal.timepos_t(48000), range.upper, false, true)
-		local parameter = Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, 0)
-		for j = 0, 300 do
-			parameter = Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, j)
+	for n = 0, 300 do
+		local found, list, controls, range = pcall(ARDOUR.LuaAPI.plugin_automation, plugin, n)
+		if found and not list:isnil() then
+			controls:add(Temporal.timepos_t(0), range.lower, false, true)
+			controls:add(Temporal.timepos_t(48000), range.upper, false, true)
+			local _, id = plugin:to_insert():plugin(0):nth_parameter(n, false)
+			if type(id) == "table" then id = nil end
+			local parameter = Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, id or n)
 			local control = plugin:to_automatable():automation_control(parameter, false)
-			if not control:isnil() then
-				control:set_automation_state(ARDOUR.AutoState.Play)
-				print("automated " .. arg[i] .. " " .. range.label)
-				break
-			end
+			if control:isnil() then fail(arg[i] .. " has no control " .. n) end
+			control:set_automation_state(ARDOUR.AutoState.Play)
+			print("automated " .. arg[i] .. " " .. range.label)
+			break
 		end
 	end
 end
