@@ -1,35 +1,67 @@
 #pragma once
-#include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstring>
 
 namespace bridge {
 
-// Whether none of the samples is infinite or no number. [audio]
-inline bool IsFinite(const float* samples, int32_t count) noexcept {
-  using Floats = float __attribute__((vector_size(16)));
-  using Words = uint32_t __attribute__((vector_size(16)));
-  constexpr int32_t kLanes = 4, kTurn = 4 * kLanes;
-  Words spoilt[4] = {};  // 0 times what is not finite is no number, else a zero of either sign
-  int32_t i = 0;
-  for (; i + kTurn <= count; i += kTurn)
-    for (int32_t k = 0; k < 4; ++k) {
-      Floats lanes;
-      std::memcpy(&lanes, samples + i + k * kLanes, sizeof lanes);
-      lanes *= 0.0f;
-      Words words;
-      std::memcpy(&words, &lanes, sizeof words);
-      spoilt[k] |= words;
-    }
-  const Words all = (spoilt[0] | spoilt[1] | spoilt[2] | spoilt[3]) << 1;
-  if ((all[0] | all[1] | all[2] | all[3]) != 0) return false;
-  return std::all_of(samples + i, samples + count, [](float sample) { return std::isfinite(sample); });
+namespace blockcheck {
+
+using Words = uint32_t __attribute__((vector_size(16)));
+
+constexpr int32_t kLanes = 4, kTurn = 4 * kLanes;
+constexpr uint32_t kMagnitude = 0x7FFFFFFF;  // without the sign
+constexpr uint32_t kInfinity = 0x7F800000;   // what is not finite is as large, or larger
+
+inline Words Load(const float* samples) noexcept {
+  Words words;
+  std::memcpy(&words, samples, sizeof words);
+  return words;
 }
 
-// Whether all of the samples are zeros. [audio]
+inline uint32_t LoadMagnitude(const float* sample) noexcept {
+  uint32_t word;
+  std::memcpy(&word, sample, sizeof word);
+  return word & kMagnitude;
+}
+
+inline bool IsZero(Words words) noexcept {
+  uint64_t halves[2];
+  std::memcpy(halves, &words, sizeof halves);
+  return (halves[0] | halves[1]) == 0;
+}
+
+}  // namespace blockcheck
+
+// Both look at the samples' bits: arithmetic with denormals, which threads of hosts may keep, is slow.
+
+// Whether none of the samples is infinite or no number. [audio]
+inline bool IsFinite(const float* samples, int32_t count) noexcept {
+  using namespace blockcheck;
+  constexpr uint32_t kToSign = kMagnitude + 1 - kInfinity;  // carries what is not finite into the sign
+  Words spoilt[4] = {};
+  int32_t i = 0;
+  for (; i + kTurn <= count; i += kTurn)
+    for (int32_t k = 0; k < 4; ++k) spoilt[k] |= (Load(samples + i + k * kLanes) & kMagnitude) + kToSign;
+  if (!IsZero((spoilt[0] | spoilt[1] | spoilt[2] | spoilt[3]) & ~kMagnitude)) return false;
+  for (; i < count; ++i)
+    if (LoadMagnitude(samples + i) >= kInfinity) return false;
+  return true;
+}
+
+// Whether all of the samples are zeros, of either sign. [audio]
 inline bool IsSilent(const float* samples, int32_t count) noexcept {
-  return std::all_of(samples, samples + count, [](float sample) { return sample == 0; });
+  using namespace blockcheck;
+  constexpr int32_t kStep = 4 * kTurn;  // between two looks whether to go on
+  if (count > 0 && LoadMagnitude(samples) != 0) return false;
+  int32_t i = 0;
+  for (; i + kStep <= count; i += kStep) {
+    Words any = {};
+    for (int32_t k = 0; k < kStep; k += kLanes) any |= Load(samples + i + k);
+    if (!IsZero(any & kMagnitude)) return false;
+  }
+  for (; i < count; ++i)
+    if (LoadMagnitude(samples + i) != 0) return false;
+  return true;
 }
 
 }  // namespace bridge

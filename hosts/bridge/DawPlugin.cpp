@@ -293,7 +293,7 @@ void DawPlugin::ApplyToEffect() {
 
 // Rows that may have a file read, or memory made, are work for another thread.
 void DawPlugin::ApplyAsWork() {
-  if (isOtherSound_.exchange(false, std::memory_order_relaxed)) voices_.ForgetRead();
+  if (isOtherSound_.load(std::memory_order_relaxed) && isOtherSound_.exchange(false)) voices_.ForgetRead();
   if (!isWorkNew_) return;
   isWorkNew_ = false;
   if (!isOffline_) return client_.OnWorkWaiting();

@@ -131,7 +131,7 @@ void EffectRunner::TakeInput(const float* const* in, int32_t start, int32_t fram
     const float* const samples = in && in[c] ? in[c] + start : nullptr;
     in_[channel] = samples;
     isSilent = isSilent && (!samples || IsSilent(samples, frames));
-    if (samples && IsFinite(samples, frames)) continue;
+    if (samples && (isSilent || IsFinite(samples, frames))) continue;
     float* const clean = GetPlane(clean_, c);
     for (int32_t i = 0; i < frames; ++i) clean[i] = samples && std::isfinite(samples[i]) ? samples[i] : 0.0f;
     in_[channel] = clean;

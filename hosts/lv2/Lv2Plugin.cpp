@@ -134,15 +134,15 @@ void Lv2Plugin::ReadFreeWheel() noexcept {
 }
 
 void Lv2Plugin::ReadControls() noexcept {
-  const bool mustCompare = mustCompare_.exchange(false);
-  for (std::size_t i = 0; i < controls_.size(); ++i) {
-    Control& control = controls_[i];
+  const bool mustCompare = mustCompare_.load(std::memory_order_relaxed) && mustCompare_.exchange(false);
+  int32_t place = -1;
+  for (Control& control : controls_) {
+    ++place;
     const float now = control.port ? *control.port : std::numeric_limits<float>::quiet_NaN();
     if (std::isnan(now) || (now == control.seen && !mustCompare)) continue;
     control.seen = now;
     const double kept = control.kept.load(std::memory_order_relaxed);
     const double value = now == control.scale.ToPort(kept) ? kept : control.scale.FromPort(now);
-    const auto place = static_cast<int32_t>(i);
     if (value != plugin_.GetValue(place)) plugin_.Change(place, value);
   }
 }

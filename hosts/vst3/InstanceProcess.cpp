@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "hosts/bridge/BlockCheck.h"
 #include "hosts/vst3/Instance.h"
 
 namespace vst3 {
@@ -15,10 +16,6 @@ constexpr uint8_t kControlStatus = 0xB0;
 float* GetChannel(const v3_audio_bus_buffers* bus, int32_t channel) noexcept {
   return bus && bus->channel_buffers_32 && channel < bus->num_channels ? bus->channel_buffers_32[channel]
                                                                        : nullptr;
-}
-
-bool IsSilent(const float* samples, int32_t frames) noexcept {
-  return std::all_of(samples, samples + frames, [](float sample) { return sample == 0; });
 }
 
 }  // namespace
@@ -111,7 +108,7 @@ void Instance::FinishBuffers(const v3_process_data& data, int32_t frames) noexce
       float* const samples = GetChannel(&bus, c);
       const bool isWritten = frames > 0 && b == 0 && static_cast<std::size_t>(c) < out_.size();
       if (samples && !isWritten) std::fill_n(samples, data.nframes, 0.0f);
-      if (c < kFlags && (!samples || IsSilent(samples, data.nframes)))
+      if (c < kFlags && (!samples || bridge::IsSilent(samples, data.nframes)))
         bus.channel_silence_bitset |= uint64_t{1} << c;
     }
   }
