@@ -35,8 +35,8 @@ def jack_server(place):
 
 class Jalv(Host):
     name, format, package = "jalv", "LV2", "jalv"
-    meaning = ("the plug-in runs on a JACK server for half a second, lists its controls and presets, loads each preset, takes a "
-               "value, and ends without a word of complaint")
+    meaning = ("the plug-in runs for half a second on a JACK server, lists its presets, is given each, takes a value, and ends "
+               "without a complaint")
 
     def program(self):
         return shutil.which("jackd") and shutil.which("jalv")

@@ -30,7 +30,7 @@ class Validate(Host):
 
 class Apply(Host):
     name, format, package = "lv2apply", "LV2", "lilv-utils"
-    meaning = "noise from a file comes out finite and is no silence; for effects only"
+    meaning = "noise of a file comes out finite and is no silence; effects only"
 
     def program(self):
         return shutil.which("lv2apply")

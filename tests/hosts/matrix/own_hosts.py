@@ -9,7 +9,7 @@ NOTES = "100 midi 144 60 100\n4000 midi 144 67 80\n9000 midi 128 60 0\n"
 
 class OwnHost(Host):
     package = "sonvelle"
-    meaning = "noise, or three notes with the first of the instrument's states, sound, and all samples are finite"
+    meaning = "noise, or two notes with the first of the instrument's states, come out finite and are no silence"
 
     def __init__(self, format, build):
         self.format, self.name, self.build = format, f"{format.lower()}_render", build

@@ -42,7 +42,7 @@ class ArdourScanner(Host):
 
 class QtractorScanner(Host):
     name, format, package = "qtractor's scanner", "CLAP", "qtractor"
-    meaning = "the plug-in is made, its ports and parameters are counted, and it is no other than the command's"
+    meaning = "the plug-in is made, its ports are as they should be, its parameters as many as above"
 
     def program(self):
         places = [*Path("/usr/lib").glob("*/qtractor/qtractor_plugin_scan"), Path("/usr/lib/qtractor/qtractor_plugin_scan")]

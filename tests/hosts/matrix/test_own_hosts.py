@@ -21,7 +21,8 @@ class BrokenBundles(unittest.TestCase):
     def test_no_installed_host_takes_a_broken_bundle_for_a_good_one(self):
         with tempfile.TemporaryDirectory() as folder, Place() as good:
             bundles = Path(folder)
-            for name in ("lv2/Sonvelle.lv2/sonvelle-plugins.so", "clap/Sonvelle.clap", "vst3/Sonvelle.vst3/Contents/x86_64-linux/Sonvelle.so"):
+            vst3 = next(good.vst3.glob("Contents/*/Sonvelle.so")).relative_to(good.build)
+            for name in ("lv2/Sonvelle.lv2/sonvelle-plugins.so", "clap/Sonvelle.clap", vst3):
                 (bundles / name).parent.mkdir(parents=True)
                 (bundles / name).write_text("no module")
             for text in good.lv2.glob("*.ttl"):
