@@ -24,7 +24,9 @@ DawPlugin::DawPlugin(const PluginType& type, Client& client)
       areRowsWork_(IsInstrument() || type.name == kAnalyzer),
       parameters_(plugin_.GetParameters(), type.kind),
       effect_(plugin_, turn_, !areRowsWork_),
-      voices_(plugin_) {}
+      voices_(plugin_) {
+  if (!IsInstrument()) latency_ = plugin_.GetLatency();
+}
 
 DawPlugin::~DawPlugin() = default;
 

@@ -19,7 +19,7 @@ if task == "same" then
 	Session:save_state("")
 	close_session()
 	print("saved")
-	quit()
+	os.exit(0)
 end
 
 create_session(folder, "session", 48000)
@@ -31,23 +31,28 @@ for i = 4, #arg do
 	local plugin = ARDOUR.LuaAPI.new_plugin(Session, arg[i], ARDOUR.PluginType[format], "")
 	if plugin:isnil() then fail(arg[i] .. " is not found") end
 	if track:add_processor_by_index(plugin, i - 3, nil, true) ~= 0 then fail(arg[i] .. " cannot be inserted") end
+	-- The first row that is a control: outputs, such as the latency, raise. Controls have numbers of their own.
+	local range, control
 	for n = 0, 300 do
-		local found, list, controls, range = pcall(ARDOUR.LuaAPI.plugin_automation, plugin, n)
+		local found, list, controls, descriptor = pcall(ARDOUR.LuaAPI.plugin_automation, plugin, n)
 		if found and not list:isnil() then
-			controls:add(Temporal.timepos_t(0), range.lower, false, true)
-			controls:add(Temporal.timepos_t(48000), range.upper, false, true)
-			local _, id = plugin:to_insert():plugin(0):nth_parameter(n, false)
-			if type(id) == "table" then id = nil end
-			local parameter = Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, id or n)
-			local control = plugin:to_automatable():automation_control(parameter, false)
-			if control:isnil() then fail(arg[i] .. " has no control " .. n) end
-			control:set_automation_state(ARDOUR.AutoState.Play)
-			print("automated " .. arg[i] .. " " .. range.label)
+			controls:add(Temporal.timepos_t(0), descriptor.lower, false, true)
+			controls:add(Temporal.timepos_t(48000), descriptor.upper, false, true)
+			range = descriptor
 			break
 		end
 	end
+	if not range then fail(arg[i] .. " has nothing to automate") end
+	for n = 0, 300 do
+		local parameter = Evoral.Parameter(ARDOUR.AutomationType.PluginAutomation, 0, n)
+		control = plugin:to_automatable():automation_control(parameter, false)
+		if not control:isnil() then break end
+	end
+	if control:isnil() then fail(arg[i] .. " has no controls") end
+	control:set_automation_state(ARDOUR.AutoState.Play)
+	print("automated " .. range.label)
 end
 Session:save_state("")
 close_session()
 print("saved")
-quit()
+os.exit(0)
