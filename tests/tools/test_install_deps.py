@@ -50,6 +50,13 @@ class InstallDeps(TreeCase):
         self.install("test")
         self.assertIn(" cmake g++-multilib ", self.apt_calls()[1])
 
+    def test_the_group_for_slow_tests_brings_hosts_and_what_the_other_tests_need(self):
+        self.have_all_but("cmake")
+        self.install("slow")
+        self.assertRegex(self.apt_calls()[1], " cmake g\\+\\+-multilib .* jalv ardour ")
+        self.install("test")
+        self.assertNotIn("ardour", self.apt_calls()[3])
+
     def test_a_failing_apt_shows_its_output_and_what_is_missing(self):
         self.have_all_but("cmake")
         self.script("bin/apt-get", "echo E: no network\nexit 100\n")

@@ -125,7 +125,10 @@ class Test(ScriptCase):
         self.assertIn('subdirs("../asan" "../release" "../tsan" "../fuzz")', suite)
 
     def test_slow_tests_run_when_they_are_wanted(self):
+        self.start("test")
+        self.assertEqual(self.log()[0], "install test")
         self.start("test", "--slow")
+        self.assertIn("install slow", self.log())
         self.assertNotIn("slow", self.log()[-1])
 
     def test_a_build_that_fails_ends_the_run_before_any_test(self):

@@ -1,0 +1,15 @@
+"""All hosts of the matrix, in the order of its columns."""
+
+from jalv import Jalv
+from lv2_tools import Apply, Bench, Validate
+from lv2file import Lv2File
+from own_hosts import OwnHost
+from place import Place
+from scanners import ArdourScanner, QtractorScanner
+
+
+def hosts(build=None):
+    build = Place(build).build
+    own = {format: OwnHost(format, build) for format in ("LV2", "CLAP", "VST3")}
+    return [own["LV2"], Validate(), Apply(), Bench(), Lv2File(), Jalv(), own["CLAP"], QtractorScanner(), own["VST3"],
+            ArdourScanner()]
