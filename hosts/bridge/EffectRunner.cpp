@@ -11,7 +11,7 @@ namespace bridge {
 namespace {
 
 constexpr int32_t kLooksPerSecond = 4;   // for what is left in the effect's memory
-constexpr int32_t kForgetFrames = 1024;  // until nothing is left in memories that survive being prepared
+constexpr int32_t kForgetFrames = 4096;  // until nothing is left in memories that survive being prepared
 constexpr int32_t kSpareFrames = 64;
 
 }  // namespace
