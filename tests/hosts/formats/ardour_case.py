@@ -74,11 +74,12 @@ class Ardour:
         self.edit(folder, change)
 
     def export(self, folder, out):
-        """Ardour 7.3 aborts now and then when it exports, with an invalid pointer of its own, also without any plug-in."""
+        """Ardour 7.3 itself ends by a signal now and then when it exports, also a session without any plug-in: what fails each
+        time is a failure."""
         for attempt in range(5):
             try:
                 self.run("ardour7-export", "-o", out, folder, "session")
                 return samples(out)
             except AssertionError as failure:
-                if attempt == 4 or "ended with -6" not in str(failure):
+                if attempt == 4 or not re.search("ended with -(6|11)", str(failure)):
                     raise

@@ -153,16 +153,23 @@ TEST(Vst3Program, OfAQueueIsLoadedWhenTheHostCallsNext) {
 }
 
 TEST(Vst3Latency, IsToldToTheHostAtItsNextCallAndNotWithinABlock) {
-  HostedPlugin plugin("Slidebench");
+  HostedPlugin plugin("Quaverly");
   const auto latency = [&] { return v3_cpp_obj(plugin.processor)->get_latency_samples(plugin.processor); };
+  const auto depth = host::FindId(plugin, "Depth");
   plugin.Start({});
-  EXPECT_GT(latency(), 0u);
+  const uint32_t before = latency();
+  EXPECT_GT(before, 0u);
   Planes samples = host::MakeNoise(2, 512);
-  plugin.Process(samples, 0, 512);
+  plugin.Get(depth);
+  EXPECT_EQ(plugin.handler.restarts, 0) << "known from the beginning";
+  Changes changes;
+  changes.Add(depth, {{100, 1}});
+  plugin.Process(samples, 0, 512, &changes);
+  EXPECT_GT(latency(), before);
   EXPECT_EQ(plugin.handler.restarts, 0);
-  plugin.Get(host::FindId(plugin, "Depth"));
+  plugin.Get(depth);
   EXPECT_EQ(plugin.handler.flags, V3_RESTART_LATENCY_CHANGED);
-  plugin.Get(host::FindId(plugin, "Depth"));
+  plugin.Get(depth);
   EXPECT_EQ(plugin.handler.restarts, 1);
 }
 
