@@ -6,18 +6,11 @@
 
 #include "bench/Calibrated.h"
 #include "exports/PluginEntries.h"
-#include "hosts/bridge/DawPlugin.h"
+#include "hosts/bridge/NoClient.h"
 
 namespace {
 
 constexpr int32_t kRate = 48000;
-
-class NoClient : public bridge::DawPlugin::Client {
- public:
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
-};
 
 // A second of noise in stereo, so that blocks do not repeat each other.
 struct Signal {
@@ -63,7 +56,7 @@ BENCHMARK(BareEcholan)->Arg(64)->Arg(256);
 
 void DawEcholan(benchmark::State& state) {
   Calibrate(state);
-  NoClient client;
+  bridge::NoClient client;
   bridge::DawPlugin plugin(GetEcholan(), client);
   plugin.Activate(2, kRate, 1024);
   RunBlocks(state, [&](const float* const* in, float* const* out, int32_t frames) {

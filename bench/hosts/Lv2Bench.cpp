@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "bench/Calibrated.h"
+#include "hosts/bridge/NoClient.h"
 #include "hosts/bridge/Plugin.h"
 #include "hosts/builtin/BuiltInPlugins.h"
-#include "hosts/lv2/NoClient.h"
 #include "hosts/lv2/PortScale.h"
 #include "hosts/lv2/Ports.h"
 #include "hosts/lv2/Uris.h"
@@ -47,7 +47,7 @@ class Host {
     const LV2_Feature* const features[] = {&map, nullptr};
     for (uint32_t i = 0; (descriptor_ = lv2_descriptor(i))->URI != lv2::GetUri(GetEcholan());) ++i;
     handle_ = descriptor_->instantiate(descriptor_, kRate, "/nowhere", features);
-    lv2::NoClient client;
+    bridge::NoClient client;
     const bridge::DawPlugin plugin(GetEcholan(), client);
     const std::vector<lv2::Port> ports = lv2::MakePorts(GetEcholan(), plugin.GetParameters());
     values_.resize(ports.size());

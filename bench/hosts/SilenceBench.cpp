@@ -10,7 +10,7 @@
 
 #include "bench/Calibrated.h"
 #include "exports/PluginEntries.h"
-#include "hosts/bridge/DawPlugin.h"
+#include "hosts/bridge/NoClient.h"
 
 namespace {
 
@@ -30,13 +30,6 @@ class DenormalsKept {
   static constexpr unsigned kFlushToZero = 0x8000, kDenormalsAreZero = 0x0040;
 
   const unsigned before_;
-};
-
-class NoClient : public bridge::DawPlugin::Client {
- public:
-  void OnValuesChanged() noexcept override {}
-  void OnWorkWaiting() noexcept override {}
-  void OnLatencyChanged() noexcept override {}
 };
 
 // An effect as it comes, in stereo.
@@ -63,7 +56,7 @@ class Track {
     plugin_.End();
   }
 
-  NoClient client_;
+  bridge::NoClient client_;
   bridge::DawPlugin plugin_;
   std::vector<float> noise_ = std::vector<float>(2 * kFrames * 128), zeros_ = std::vector<float>(2 * kFrames);
   std::vector<float> out_ = zeros_;

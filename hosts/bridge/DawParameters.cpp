@@ -34,6 +34,13 @@ MPluginParameter MakeRelease() {
   return row;
 }
 
+template <typename Member, typename Value>
+int32_t FindPlace(const std::vector<DawParameter>& all, Member member, const Value& value) noexcept {
+  const auto found =
+      std::find_if(all.begin(), all.end(), [&](const DawParameter& each) { return each.*member == value; });
+  return found == all.end() ? -1 : static_cast<int32_t>(found - all.begin());
+}
+
 }  // namespace
 
 uint32_t MakeParameterId(std::string_view key) noexcept {
@@ -70,15 +77,11 @@ void DawParameters::AddHostRow(HostControl control, const char* key, const char*
 }
 
 int32_t DawParameters::Find(uint32_t id) const noexcept {
-  const auto found =
-      std::find_if(all_.begin(), all_.end(), [id](const DawParameter& each) { return each.id == id; });
-  return found == all_.end() ? -1 : static_cast<int32_t>(found - all_.begin());
+  return FindPlace(all_, &DawParameter::id, id);
 }
 
 int32_t DawParameters::Find(std::string_view key) const noexcept {
-  const auto found =
-      std::find_if(all_.begin(), all_.end(), [key](const DawParameter& each) { return each.key == key; });
-  return found == all_.end() ? -1 : static_cast<int32_t>(found - all_.begin());
+  return FindPlace(all_, &DawParameter::key, key);
 }
 
 void DawParameters::StoreHostValue(const DawParameter& parameter, double value) noexcept {
@@ -124,13 +127,8 @@ std::string GetDawText(const DawParameter& parameter, double value) {
 std::optional<double> ReadDawText(const DawParameter& parameter, std::string_view text) {
   const MPluginParameter& row = *parameter.row;
   const std::optional<double> value = ReadText(row, text);
-  if (!value) return value;
-  // The texts of the ends may be rounded and stand for values a little outside.
+  if (!value || !IsReadWithinRange(row, *value)) return std::nullopt;
   const ParameterRange range = GetRange(row);
-  const double first = ReadText(row, GetText(row, range.minimum)).value_or(range.minimum);
-  const double last = ReadText(row, GetText(row, range.maximum)).value_or(range.maximum);
-  if (!(*value >= std::min(range.minimum, first) && *value <= std::max(range.maximum, last)))
-    return std::nullopt;
   return std::clamp(*value, range.minimum, range.maximum);
 }
 

@@ -1,5 +1,8 @@
 #include "hosts/bridge/NoteEvent.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace bridge {
 
 namespace {
@@ -20,6 +23,13 @@ std::optional<NoteEvent> ReadController(NoteEvent event, uint8_t controller, uin
 }
 
 }  // namespace
+
+double GetVolume(double velocity) noexcept {
+  if (!(velocity > 0)) return 0;
+  const double volume = std::min(velocity, 1.0);
+  const double ofMidi = std::round(volume * kMostData) / kMostData;
+  return static_cast<float>(ofMidi) == static_cast<float>(volume) ? ofMidi : volume;
+}
 
 std::optional<NoteEvent> ReadMidiMessage(uint8_t status, uint8_t first, uint8_t second) noexcept {
   NoteEvent event;

@@ -88,6 +88,13 @@ std::optional<double> ReadText(const MPluginParameter& row, std::string_view tex
   return ParseParameterText(row, FromUtf8(text));
 }
 
+bool IsReadWithinRange(const MPluginParameter& row, double value) {
+  const ParameterRange range = GetRange(row);
+  const double first = ReadText(row, GetText(row, range.minimum)).value_or(range.minimum);
+  const double last = ReadText(row, GetText(row, range.maximum)).value_or(range.maximum);
+  return value >= std::min(range.minimum, first) && value <= std::max(range.maximum, last);
+}
+
 std::string GetPlainHelp(const MPluginParameter& row) {
   const std::string help = ToUtf8(row.help);
   std::string plain;

@@ -36,6 +36,10 @@ std::string GetText(const MPluginParameter& row, double value);
 // MException.
 std::optional<double> ReadText(const MPluginParameter& row, std::string_view text);
 
+// Whether a value that ReadText gave lies in the row's range, or outside by no more than the rounding of the
+// texts of its ends. May raise MException.
+bool IsReadWithinRange(const MPluginParameter& row, double value);
+
 // The help text without its mark-up, UTF-8.
 std::string GetPlainHelp(const MPluginParameter& row);
 

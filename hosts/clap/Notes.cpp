@@ -13,14 +13,6 @@ bool IsIn(int32_t value, int32_t last) noexcept {
   return value >= 0 && value <= last;
 }
 
-// Hosts that make velocities of MIDI compute n / 127, some as floats.
-double ReadVelocity(double velocity) noexcept {
-  if (!(velocity > 0)) return 0;
-  const double step = std::round(std::min(velocity, 1.0) * kLastKey) / kLastKey;
-  const bool isOfMidi = static_cast<float>(step) == static_cast<float>(velocity);
-  return isOfMidi ? step : std::min(velocity, 1.0);
-}
-
 }  // namespace
 
 void Notes::Begin(const clap_event_note_t& event) noexcept {
@@ -29,7 +21,7 @@ void Notes::Begin(const clap_event_note_t& event) noexcept {
   note.kind = bridge::NoteEvent::Kind::kPress;
   note.channel = event.channel;
   note.key = event.key;
-  note.volume = ReadVelocity(event.velocity);
+  note.volume = bridge::GetVolume(event.velocity);
   Add({plugin_.Play(note), event.note_id, event.channel, event.key, true});
 }
 

@@ -64,10 +64,9 @@ std::optional<double> ReadAsText(const MPluginParameter& row, const std::string&
   const std::optional<double> value = bridge::ReadText(row, text);
   if (!value || std::isnan(*value)) return std::nullopt;
   const bridge::ParameterRange range = bridge::GetRange(row);
-  const std::string first = bridge::GetText(row, range.minimum), last = bridge::GetText(row, range.maximum);
-  if (*value < std::min(range.minimum, bridge::ReadText(row, first).value_or(range.minimum)) ||
-      *value > std::max(range.maximum, bridge::ReadText(row, last).value_or(range.maximum)))
-    throw Failure(ExitCode::kUsage, start + "out of range, " + first + " to " + last);
+  if (!bridge::IsReadWithinRange(row, *value))
+    throw Failure(ExitCode::kUsage, start + "out of range, " + bridge::GetText(row, range.minimum) + " to " +
+                                        bridge::GetText(row, range.maximum));
   return std::clamp(*value, range.minimum, range.maximum);
 }
 

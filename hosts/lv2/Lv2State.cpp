@@ -6,9 +6,9 @@
 #include "core/MException.h"
 #include "core/MPath.h"
 #include "core/MXMLItem.h"
+#include "hosts/bridge/NoClient.h"
 #include "hosts/bridge/PluginState.h"
 #include "hosts/lv2/Lv2Plugin.h"
-#include "hosts/lv2/NoClient.h"
 
 namespace lv2 {
 
@@ -130,7 +130,7 @@ void Lv2Plugin::RestoreText(std::string_view text, const std::string& path) {
 }
 
 void Lv2Plugin::RestoreDefault() {
-  NoClient client;
+  bridge::NoClient client;
   bridge::DawPlugin fresh(type_, client);
   plugin_.LoadState(fresh.SaveState());
 }

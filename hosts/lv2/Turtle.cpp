@@ -3,7 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
-#include "hosts/lv2/NoClient.h"
+#include "hosts/bridge/NoClient.h"
 #include "hosts/lv2/PortTurtle.h"
 #include "hosts/lv2/Uris.h"
 
@@ -112,7 +112,7 @@ std::string MakeManifest(const std::vector<Described>& plugins) {
 }
 
 std::string MakePluginTurtle(const bridge::PluginType& type, const std::string& version) {
-  NoClient client;
+  bridge::NoClient client;
   bridge::DawPlugin plugin(type, client);
   const std::string uri = GetUri(type), itsClass = GetClass(type);
   const FileKind* const kind = FindFileKind(type);
@@ -138,7 +138,7 @@ std::string MakePluginTurtle(const bridge::PluginType& type, const std::string& 
 }
 
 std::string MakePresetsTurtle(const Described& described) {
-  NoClient client;
+  bridge::NoClient client;
   bridge::DawPlugin plugin(described.type, client);
   const std::vector<Port> ports = MakePorts(described.type, plugin.GetParameters());
   std::string text = kPrefixes;

@@ -9,12 +9,6 @@ namespace {
 
 constexpr int32_t kLastChannel = 15;
 constexpr int32_t kLastKey = 127;
-constexpr double kMostVelocity = 127;
-
-double ToVolume(float velocity) noexcept {
-  const double volume = std::round(std::clamp(double(velocity), 0.0, 1.0) * kMostVelocity) / kMostVelocity;
-  return static_cast<float>(volume) == velocity ? volume : std::clamp(double(velocity), 0.0, 1.0);
-}
 
 }  // namespace
 
@@ -93,7 +87,7 @@ std::optional<bridge::NoteEvent> ReadEvent(const v3_event& event) noexcept {
     return std::nullopt;
   if (!isOn || !(event.note_on.velocity > 0)) return note;
   note.kind = bridge::NoteEvent::Kind::kPress;
-  note.volume = ToVolume(event.note_on.velocity);
+  note.volume = bridge::GetVolume(event.note_on.velocity);
   return note;
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace {
 
 using bridge::NoteEvent;
@@ -37,6 +39,17 @@ TEST(NoteEvent, ChannelsAreSilencedOrReleased) {
   EXPECT_EQ(ReadMidiMessage(0xB1, 120, 0)->kind, NoteEvent::Kind::kSilence);
   for (uint8_t controller = 123; controller < 128; ++controller)
     EXPECT_EQ(ReadMidiMessage(0xB1, controller, 0)->kind, NoteEvent::Kind::kReleaseAll);
+}
+
+TEST(NoteEvent, AVelocityThatIsTheFloatOfAMidiVelocityIsThatToTheBit) {
+  for (int32_t n = 0; n <= 127; ++n) {
+    EXPECT_EQ(bridge::GetVolume(n / 127.0), n / 127.0);
+    EXPECT_EQ(bridge::GetVolume(static_cast<float>(n / 127.0)), n / 127.0);
+  }
+  EXPECT_EQ(bridge::GetVolume(0.3), 0.3);
+  EXPECT_EQ(bridge::GetVolume(7), 1);
+  EXPECT_EQ(bridge::GetVolume(-1), 0);
+  EXPECT_EQ(bridge::GetVolume(std::nan("")), 0);
 }
 
 TEST(NoteEvent, OtherMessagesMeanNothing) {

@@ -12,8 +12,8 @@
 #include <sstream>
 
 #include "core/MException.h"
+#include "hosts/bridge/NoClient.h"
 #include "hosts/builtin/BuiltInPlugins.h"
-#include "hosts/lv2/NoClient.h"
 #include "tests/hosts/lv2/Lv2Host.h"
 
 namespace {
@@ -173,7 +173,7 @@ class Render {
   }
 
   const Arguments& arguments_;
-  lv2::NoClient client_;
+  bridge::NoClient client_;
   const bridge::PluginType type_;
   bridge::DawPlugin values_;  // knows the parameters, and what a state says of them
   const uint32_t block_;

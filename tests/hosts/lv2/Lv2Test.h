@@ -7,13 +7,13 @@
 #include <cmath>
 #include <memory>
 
+#include "hosts/bridge/NoClient.h"
 #include "hosts/bridge/PluginState.h"
 #include "hosts/builtin/BuiltInPlugins.h"
-#include "hosts/lv2/NoClient.h"
 #include "tests/hosts/lv2/Lv2Host.h"
 #include "tests/instruments/ContentFolder.h"
 
-using lv2::NoClient;
+using bridge::NoClient;
 
 extern "C" const LV2_Descriptor* lv2_descriptor(uint32_t index);
 

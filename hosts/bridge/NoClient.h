@@ -1,13 +1,13 @@
 #pragma once
 #include "hosts/bridge/DawPlugin.h"
 
-namespace lv2 {
+namespace bridge {
 
-// Of a plug-in that is only asked.
-class NoClient final : public bridge::DawPlugin::Client {
+// Of a plug-in whose host wants to hear nothing.
+class NoClient final : public DawPlugin::Client {
   void OnValuesChanged() noexcept override {}
   void OnWorkWaiting() noexcept override {}
   void OnLatencyChanged() noexcept override {}
 };
 
-}  // namespace lv2
+}  // namespace bridge
