@@ -7,37 +7,13 @@
 #include <string>
 #include <vector>
 
-#include "bench/Calibrated.h"
+#include "bench/hosts/BareEcholan.h"
 #include "hosts/bridge/NoClient.h"
-#include "hosts/bridge/Plugin.h"
-#include "hosts/builtin/BuiltInPlugins.h"
 #include "hosts/lv2/PortScale.h"
 #include "hosts/lv2/Ports.h"
 #include "hosts/lv2/Uris.h"
 
 namespace {
-
-constexpr int32_t kRate = 48000;
-
-const bridge::PluginType& GetEcholan() {
-  return *bridge::FindPlugin(builtin::GetPlugins(), "Echolan");
-}
-
-struct Noise {
-  explicit Noise(int32_t frames) {
-    uint32_t seed = 1;
-    for (int32_t c = 0; c < 2; ++c) {
-      for (int32_t i = 0; i < frames; ++i) {
-        seed = seed * 1664525u + 1013904223u;
-        channels[c].push_back(static_cast<float>(static_cast<int32_t>(seed)) * 0x1p-32f);
-      }
-      addresses[c] = channels[c].data();
-    }
-  }
-
-  std::vector<float> channels[2];
-  float* addresses[2];
-};
 
 // An instance of Echolan with all ports connected.
 class Host {
@@ -86,16 +62,7 @@ class Host {
   LV2_Handle handle_ = nullptr;
 };
 
-void Lv2BareEcholan(benchmark::State& state) {
-  const auto frames = static_cast<int32_t>(state.range(0));
-  bridge::Plugin effect(GetEcholan().entryPoint);
-  effect.Prepare(2, kRate);
-  Noise in(frames), out(frames);
-  Calibrate(state);
-  for (auto _ : state) effect.Process(in.addresses, out.addresses, frames);
-  state.SetItemsProcessed(state.iterations() * frames);
-}
-BENCHMARK(Lv2BareEcholan)->Arg(64)->Arg(1024);
+BENCHMARK(RunBareEcholan)->Name("Lv2BareEcholan")->Arg(64)->Arg(1024);
 
 void Lv2Echolan(benchmark::State& state) {
   const auto frames = static_cast<int32_t>(state.range(0));
