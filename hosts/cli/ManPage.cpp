@@ -110,18 +110,19 @@ std::string Files() {
 }
 
 std::string Examples() {
-  std::string text = Section("EXAMPLES");
-  for (const auto& [what, command] : kExamples)
-    text += ".PP\n" + Escape(what) + "\n.PP\n.RS 4\n.nf\n" + Escape(command) + "\n.fi\n.RE\n";
+  std::string text;
+  for (const auto& [what, command] : kExamples) {
+    text += text.empty() ? Section("EXAMPLES") : ".PP\n";
+    text += Escape(what) + "\n.PP\n.RS 4\n.nf\n" + Escape(command) + "\n.fi\n.RE\n";
+  }
   return text;
 }
 
 }  // namespace
 
 std::string MakeManPage(const std::string& summary, const std::vector<CommandHelp>& commands) {
-  std::string page =
-      ".\\\" Printed by \"sonvelle help --man\".\n.TH SONVELLE 1 \"\" \"Sonvelle " SONVELLE_VERSION
-      "\" \"User Commands\"\n";
+  std::string page = ".\\\" Printed by \"sonvelle help --man\".\n.TH SONVELLE 1 " SONVELLE_VERSION_DATE
+                     " \"Sonvelle " SONVELLE_VERSION "\" \"User Commands\"\n";
   page += Section("NAME") + "sonvelle \\- list audio plug\\-ins and render sound files with them\n";
   page += Section("SYNOPSIS");
   for (const CommandHelp& command : commands) page += Synopsis(command) + ".br\n";
