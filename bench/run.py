@@ -40,7 +40,9 @@ def run(only):
     times, calibration = {}, float("inf")
     for program in sorted((BUILD / "bench").glob("*_bench")):
         done = subprocess.run([program, "--benchmark_format=json", f"--benchmark_repetitions={REPETITIONS}",
-                               f"--benchmark_filter={only}", "--benchmark_min_time=0.05"],
+                               f"--benchmark_filter={only}", "--benchmark_min_time=0.05",
+                               # A loaded spell of the machine falls on no benchmark alone.
+                               "--benchmark_enable_random_interleaving=true"],
                               capture_output=True, text=True, check=True)
         if not done.stdout.strip():
             continue  # no benchmark of this program matches

@@ -7,10 +7,12 @@ namespace bridge {
 namespace blockcheck {
 
 using Words = uint32_t __attribute__((vector_size(16)));
+using Halves = int16_t __attribute__((vector_size(16)));
 
 constexpr int32_t kLanes = 4, kTurn = 4 * kLanes;
 constexpr uint32_t kMagnitude = 0x7FFFFFFF;  // without the sign
 constexpr uint32_t kInfinity = 0x7F800000;   // what is not finite is as large, or larger
+constexpr uint32_t kUpperHalf = 0xFFFF0000;  // tells the two apart
 
 inline Words Load(const float* samples) noexcept {
   Words words;
@@ -37,12 +39,18 @@ inline bool IsZero(Words words) noexcept {
 // Whether none of the samples is infinite or no number. [audio]
 inline bool IsFinite(const float* samples, int32_t count) noexcept {
   using namespace blockcheck;
-  constexpr uint32_t kToSign = kMagnitude + 1 - kInfinity;  // carries what is not finite into the sign
-  Words spoilt[4] = {};
+  Halves largest[2] = {};
   int32_t i = 0;
-  for (; i + kTurn <= count; i += kTurn)
-    for (int32_t k = 0; k < 4; ++k) spoilt[k] |= (Load(samples + i + k * kLanes) & kMagnitude) + kToSign;
-  if (!IsZero((spoilt[0] | spoilt[1] | spoilt[2] | spoilt[3]) & ~kMagnitude)) return false;
+  for (; i + kTurn <= count; i += kTurn) {
+    for (int32_t k = 0; k < 4; ++k) {
+      const auto halves =
+          reinterpret_cast<Halves>(Load(samples + i + k * kLanes) & (kMagnitude & kUpperHalf));
+      largest[k % 2] = halves > largest[k % 2] ? halves : largest[k % 2];
+    }
+  }
+  constexpr int16_t kInfinityHalf = kInfinity >> 16;
+  if (!IsZero(reinterpret_cast<Words>((largest[0] >= kInfinityHalf) | (largest[1] >= kInfinityHalf))))
+    return false;
   for (; i < count; ++i)
     if (LoadMagnitude(samples + i) >= kInfinity) return false;
   return true;

@@ -14,6 +14,12 @@ constexpr int32_t kLooksPerSecond = 4;   // for what is left in the effect's mem
 constexpr int32_t kForgetFrames = 4096;  // until nothing is left in memories that survive being prepared
 constexpr int32_t kSpareFrames = 64;
 
+// Gives a copy with 0 for what is not finite; silence for null.
+[[gnu::cold]] const float* CopyClean(const float* samples, int32_t frames, float* clean) noexcept {
+  for (int32_t i = 0; i < frames; ++i) clean[i] = samples && std::isfinite(samples[i]) ? samples[i] : 0.0f;
+  return clean;
+}
+
 }  // namespace
 
 void EffectRunner::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
@@ -111,7 +117,7 @@ int32_t EffectRunner::GetPieceEnd() const noexcept {
 
 void EffectRunner::RunPiece(int32_t frames) {
   if (latency_ > 0 || state_ != State::kActive) KeepDry(frames);
-  TryClear();
+  if (mustClear_) TryClear();
   if (state_ == State::kBypassed)
     effect_.Skip(frames);
   else
@@ -127,14 +133,10 @@ void EffectRunner::RunPiece(int32_t frames) {
 void EffectRunner::TakeInput(const float* const* in, int32_t start, int32_t frames) {
   bool isSilent = true;
   for (int32_t c = 0; c < channels_; ++c) {
-    const auto channel = static_cast<std::size_t>(c);
     const float* const samples = in && in[c] ? in[c] + start : nullptr;
-    in_[channel] = samples;
     isSilent = isSilent && (!samples || IsSilent(samples, frames));
-    if (samples && (isSilent || IsFinite(samples, frames))) continue;
-    float* const clean = GetPlane(clean_, c);
-    for (int32_t i = 0; i < frames; ++i) clean[i] = samples && std::isfinite(samples[i]) ? samples[i] : 0.0f;
-    in_[channel] = clean;
+    const bool isClean = samples && (isSilent || IsFinite(samples, frames));
+    in_[static_cast<std::size_t>(c)] = isClean ? samples : CopyClean(samples, frames, GetPlane(clean_, c));
   }
   WatchSilence(isSilent, frames);
 }
@@ -178,7 +180,7 @@ void EffectRunner::RunEffect(int32_t frames) {
     std::fill_n(out, frames, 0.0f);
     mustClear_ = true;
   }
-  TryClear();
+  if (mustClear_) TryClear();
 }
 
 void EffectRunner::WriteDry(int32_t frames) noexcept {

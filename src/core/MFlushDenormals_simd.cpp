@@ -1,28 +1,40 @@
 #include "core/MFlushDenormals.h"
 
+// Writing the register waits for all arithmetic before it, so it is left alone where nothing changes: hosts
+// often flush already, and these nest.
+
 #if defined(__SSE2__)
 #include <xmmintrin.h>
 
+namespace {
+
+constexpr unsigned kFlush = 0x8000 | 0x0040;  // to zero, and denormals are zeros
+
+}  // namespace
+
 MFlushDenormals::MFlushDenormals() noexcept : before_(_mm_getcsr()) {
-  constexpr unsigned kFlushToZero = 0x8000;
-  constexpr unsigned kDenormalsAreZero = 0x0040;
-  _mm_setcsr(static_cast<unsigned>(before_) | kFlushToZero | kDenormalsAreZero);
+  if ((before_ & kFlush) != kFlush) _mm_setcsr(static_cast<unsigned>(before_) | kFlush);
 }
 
 MFlushDenormals::~MFlushDenormals() {
-  _mm_setcsr(static_cast<unsigned>(before_));
+  if ((before_ & kFlush) != kFlush) _mm_setcsr(static_cast<unsigned>(before_));
 }
 
 #elif defined(__aarch64__)
 
+namespace {
+
+constexpr uint64_t kFlush = uint64_t{1} << 24;
+
+}  // namespace
+
 MFlushDenormals::MFlushDenormals() noexcept {
-  constexpr uint64_t kFlushToZero = uint64_t{1} << 24;
   asm volatile("mrs %0, fpcr" : "=r"(before_));
-  asm volatile("msr fpcr, %0" : : "r"(before_ | kFlushToZero));
+  if ((before_ & kFlush) == 0) asm volatile("msr fpcr, %0" : : "r"(before_ | kFlush));
 }
 
 MFlushDenormals::~MFlushDenormals() {
-  asm volatile("msr fpcr, %0" : : "r"(before_));
+  if ((before_ & kFlush) == 0) asm volatile("msr fpcr, %0" : : "r"(before_));
 }
 
 #else

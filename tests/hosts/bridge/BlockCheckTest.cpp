@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cfloat>
 #include <cmath>
 #include <utility>
@@ -16,7 +17,7 @@ TEST(BlockCheck, FindsWhatIsNotFiniteAtAnyPlaceOfAnyLength) {
       for (std::size_t i = 0; i < samples.size(); i += 3) samples[i] = i % 2 ? -0.0f : -FLT_MIN / 2;
       EXPECT_TRUE(bridge::IsFinite(samples.data() + start, length));
       for (int32_t i = 0; i < length; ++i)
-        for (const float value : {NAN, -NAN, INFINITY, -INFINITY}) {
+        for (const float value : {NAN, -NAN, INFINITY, -INFINITY, std::bit_cast<float>(0x7F800001)}) {
           float& sample = samples[static_cast<std::size_t>(start + i)];
           const float before = std::exchange(sample, value);
           EXPECT_FALSE(bridge::IsFinite(samples.data() + start, length)) << i << " of " << length;
