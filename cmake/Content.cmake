@@ -24,3 +24,8 @@ add_custom_command(
   VERBATIM)
 add_custom_target(content ALL DEPENDS ${content_folder}/.made ${content_folder}/.states)
 install(DIRECTORY ${content_folder}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/sonvelle PATTERN ".*" EXCLUDE)
+# A format that is installed by itself brings what its presets play.
+foreach(component LV2 CLAP VST3)
+  install(DIRECTORY ${content_folder}/ DESTINATION ${CMAKE_INSTALL_DATADIR}/sonvelle COMPONENT ${component} EXCLUDE_FROM_ALL
+    PATTERN ".*" EXCLUDE)
+endforeach()

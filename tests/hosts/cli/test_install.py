@@ -16,6 +16,10 @@ def names(folder):
     return sorted(str(path.relative_to(folder)) for path in folder.rglob("*"))
 
 
+def built_content():
+    return [name for name in names(Path(BUILD) / "content") if not name.startswith(".")]
+
+
 class Install(CommandCase):
     def install(self, *options, **environment):
         subprocess.run(["cmake", "--install", BUILD, *options], check=True, stdout=subprocess.DEVNULL,
@@ -32,7 +36,7 @@ class Install(CommandCase):
     def expect_content(self, prefix):
         """Everything that was built, and a state of it plays from anywhere."""
         content = prefix / "share/sonvelle"
-        self.assertEqual(names(content), [name for name in names(Path(BUILD) / "content") if not name.startswith(".")])
+        self.assertEqual(names(content), built_content())
         (self.data / "Tessaron/SonvelleConfiguration.cfg").unlink()  # of the commands before
         self.succeed("register", cwd="/")
         state = content / "states/Playbox/Church bell.xml"
@@ -54,6 +58,16 @@ class Install(CommandCase):
         self.install(DESTDIR=str(self.path("package")))
         self.assertEqual(self.names(), ["package"])
         self.expect_works(self.path("package") / PREFIX.lstrip("/"))
+
+    def test_a_format_alone_brings_the_content_that_its_presets_play(self):
+        for component, file in (("LV2", "lib/lv2/Sonvelle.lv2/manifest.ttl"), ("CLAP", "lib/clap/Sonvelle.clap"),
+                                ("VST3", "lib/vst3/Sonvelle.vst3/Contents")):
+            prefix = self.path(component)
+            self.install("--prefix", prefix, "--component", component)
+            self.assertTrue((prefix / file).exists())
+            self.assertEqual(len(list((prefix / "lib").iterdir())), 1)
+            if (Path(BUILD) / "content").is_dir():
+                self.assertEqual(names(prefix / "share/sonvelle"), built_content())
 
 
 if __name__ == "__main__":
