@@ -55,7 +55,7 @@ class Run(ScriptCase):
         expected += [f"cmake --build build/release --parallel {jobs} --target Sonvelle sonvelle content"]
         self.assertEqual(self.log(), expected)
 
-    def test_install_builds_the_bundles_and_copies_them_to_the_home_with_what_links_stand_for(self):
+    def prepare_installation(self):
         self.script("tools/install-user", (TOOLS / "install-user").read_text().split("\n", 1)[1])
         home = self.root / "home"
         home.mkdir()
@@ -64,9 +64,13 @@ class Run(ScriptCase):
             (self.root / "build/release" / name).parent.mkdir(parents=True, exist_ok=True)
             (self.root / "build/release" / name).symlink_to(self.root / "plugins.so")
         self.write("build/release/content/states/a.xml", "state")
-        self.write("home/.lv2/Sonvelle.lv2/old.ttl", "old")
         self.path |= {"HOME": str(home)}
         self.path.pop("XDG_DATA_HOME", None)
+        return home
+
+    def test_install_builds_the_bundles_and_copies_them_to_the_home_with_what_links_stand_for(self):
+        home = self.prepare_installation()
+        self.write("home/.lv2/Sonvelle.lv2/old.ttl", "old")
         code, out, err = self.start("run", "install")
         targets = [home / ".lv2/Sonvelle.lv2", home / ".clap/Sonvelle.clap", home / ".vst3/Sonvelle.vst3",
                    home / ".local/share/sonvelle"]
@@ -77,6 +81,20 @@ class Run(ScriptCase):
             self.assertFalse(file.is_symlink())
             self.assertEqual(file.read_text(), "code")
         self.assertEqual((targets[3] / "states/a.xml").read_text(), "state")
+
+    def test_install_keeps_what_was_imported_to_the_content_and_renews_the_rest(self):
+        home = self.prepare_installation()
+        self.write("build/release/content/Samples/a b.wav", "new")
+        self.write("build/release/content/.made", "")
+        self.write("home/.local/share/sonvelle/Samples/a b.wav", "old")
+        self.write("home/.local/share/sonvelle/Samples/Imported/home/mine.wav", "mine")
+        for _ in range(2):
+            self.assertEqual(self.start("run", "install")[0], 0)
+            content = home / ".local/share/sonvelle"
+            names = sorted(str(path.relative_to(content)) for path in content.rglob("*") if path.is_file())
+            self.assertEqual(names, ["Samples/Imported/home/mine.wav", "Samples/a b.wav", "states/a.xml"])
+            self.assertEqual((content / "Samples/a b.wav").read_text(), "new")
+            self.assertEqual((content / "Samples/Imported/home/mine.wav").read_text(), "mine")
 
     def test_a_second_call_says_nothing_and_does_not_configure_again(self):
         self.start("run", "list")
