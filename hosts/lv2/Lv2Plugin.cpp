@@ -167,12 +167,13 @@ void Lv2Plugin::HearObject(const LV2_Atom& object) noexcept {
   if (type == urids.patchSet && isFile) HearFile(FindProperty(object, urids.patchValue));
 }
 
-// Without a worker the file is read at once.
+// Without a worker the file is read at once. What is refused is answered with the file that is played.
 void Lv2Plugin::HearFile(const LV2_Atom* path) noexcept {
-  if (!path || (path->type != host_.GetUrids().atomPath && path->type != host_.GetUrids().atomString)) return;
+  const Urids& urids = host_.GetUrids();
+  if (!path || (path->type != urids.atomPath && path->type != urids.atomString)) return file_.Ask();
   const auto* const text = reinterpret_cast<const char*>(path + 1);
   const std::size_t size = strnlen(text, path->size);
-  if (size == 0 || size > PathBox::kMost || text[0] != '/') return;
+  if (size == 0 || size > PathBox::kMost || text[0] != '/') return file_.Ask();
   message_[0] = 'f';
   std::copy_n(text, size, message_.begin() + 1);
   const auto length = static_cast<uint32_t>(size + 1);

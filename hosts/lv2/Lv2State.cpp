@@ -144,25 +144,23 @@ LV2_Worker_Status Lv2Plugin::Work(uint32_t size, const void* message) noexcept {
     else
       plugin_.DoWork();
   });
+  if (!isDone && isFile) file_.Ask();  // it is the old file still
   return isDone ? LV2_WORKER_SUCCESS : LV2_WORKER_ERR_UNKNOWN;
 }
 
 void Lv2Plugin::LoadFile(const std::string& path) {
   const std::lock_guard lock(loadLock_);
-  if (!IsFile(path)) {
-    file_.Ask();
-    throw MException(bridge::FromUtf8(path + " is no file."));
-  }
+  if (!IsFile(path)) throw MException(bridge::FromUtf8(path + " is no file."));
+  MXMLItem item("state");
+  plugin_.SaveState(item);
+  SetStateFile(*kind_, item, path);  // raises when the file cannot be copied, before the old one is let go
   if (kind_->isImported) {
-    const std::filesystem::path file = std::filesystem::path(path).lexically_normal();
+    const std::filesystem::path file = GetStateFile(*kind_, item);
     const MString texts[] = {bridge::FromUtf8(file.parent_path().string()),
                              bridge::FromUtf8(file.filename().string())};
     if (plugin_.Command("ImportSample", MAsWord(texts)) != 0)
       host_.Log(path + ": it cannot be loaded as a sample");
   } else {
-    MXMLItem item("state");
-    plugin_.SaveState(item);
-    SetStateFile(*kind_, item, path);
     plugin_.LoadState(item);
     mustCompare_ = true;
   }

@@ -187,10 +187,26 @@ TEST_F(Lv2Instruments, AFileThatIsRefusedIsAnsweredWithTheOldOne) {
     host->AddSet(kSample, path);
     host->Run(64);
     EXPECT_EQ(host->DoWork(), 0) << path.size();
+    EXPECT_THAT(host->GetToldPaths(), ElementsAre(content_.Path("Samples/Drums/Step.wav"))) << path.size();
   }
   host->AddSet("http://example.org/other", content_.Path("Samples/Drums/Step.wav"));
   host->Run(64);
   EXPECT_EQ(host->DoWork(), 0);
+}
+
+// The folder of copies is a file.
+TEST_F(Lv2Instruments, AFileThatCannotBeCopiedChangesNothing) {
+  content_.GetFolder().WriteFile("Samples/Imported", "");
+  content_.WriteSample("elsewhere/Far.wav", {{1, 1}});
+  const auto host = MakeLoaded({.work = Work::kNone});
+  host->Run(64);
+  host->AddSet(kSample, content_.Path("elsewhere/Far.wav"));
+  host->AddMidi(0, {0x90, 60, 127});
+  host->Run(64);
+  EXPECT_THAT(host->GetToldPaths(), ElementsAre(content_.Path("Samples/Drums/Step.wav")));
+  EXPECT_EQ(host->CountMessages(LV2_STATE__StateChanged), 0);
+  EXPECT_EQ(GetAttribute(*host, "filename"), "Step.wav");
+  EXPECT_EQ(host->outLeft[63], 0.5f);
 }
 
 TEST_F(Lv2Instruments, AWorkerWithoutRoomIsAnsweredWithTheOldFile) {
