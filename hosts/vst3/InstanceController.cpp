@@ -73,14 +73,17 @@ double Instance::GetParameter(v3_param_id id) {
   return 0;
 }
 
+// A program's values are told at the next call: some hosts hold a lock here that the telling would wait for.
 v3_result Instance::SetParameter(v3_param_id id, double normalized) {
   const Target target = list_.Find(id);
   if (target.kind == Target::Kind::kNone || std::isnan(normalized)) return V3_INVALID_ARG;
   const double plain = list_.ToPlain(target, normalized);
+  if (target.kind == Target::Kind::kProgram) {
+    LoadProgram(static_cast<int32_t>(plain));
+    return V3_OK;
+  }
   if (target.kind == Target::Kind::kParameter)
     SetValue(target.place, list_.ToNormalized(target, plain));
-  else if (target.kind == Target::Kind::kProgram)
-    LoadProgram(static_cast<int32_t>(plain));
   else
     controllers_[static_cast<std::size_t>(target.place)] = list_.ToNormalized(target, plain);
   Deliver();

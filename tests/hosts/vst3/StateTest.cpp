@@ -93,8 +93,8 @@ TEST_P(Vst3State, HasProgramsThatLoadWhatComesWithThePlugin) {
     EXPECT_EQ(plugin_.GetText(programs[0].param_id, value), host::ToText(name));
     plugin_.handler.flags = 0;
     EXPECT_EQ(plugin_.Set(programs[0].param_id, value), V3_OK);
-    EXPECT_EQ(plugin_.handler.flags, i == 0 ? 0 : V3_RESTART_PARAM_VALUES_CHANGED);
     EXPECT_EQ(plugin_.Get(programs[0].param_id), value);
+    EXPECT_EQ(plugin_.handler.flags, i == 0 ? 0 : V3_RESTART_PARAM_VALUES_CHANGED);
     EXPECT_EQ(plugin_.SaveState() == last, i == 0) << i;
     last = plugin_.SaveState();
   }
@@ -150,6 +150,19 @@ TEST(Vst3Program, OfAQueueIsLoadedWhenTheHostCallsNext) {
   EXPECT_EQ(plugin.handler.flags, V3_RESTART_PARAM_VALUES_CHANGED);
   set.Set(program, 1);
   EXPECT_EQ(plugin.SaveState(), set.SaveState());
+}
+
+// Some hosts hold a lock while they set it, for which what they are told would wait for ever.
+TEST(Vst3Program, ThatIsSetTellsItsValuesAtTheNextCall) {
+  HostedPlugin plugin("Toneloom4NN");
+  const v3_param_id program = host::FindId(plugin, "Program");
+  plugin.Get(program);
+  const int32_t before = plugin.handler.restarts;
+  plugin.Set(program, 1);
+  EXPECT_EQ(plugin.handler.restarts, before);
+  plugin.Get(program);
+  EXPECT_EQ(plugin.handler.restarts, before + 1);
+  EXPECT_EQ(plugin.handler.flags, V3_RESTART_PARAM_VALUES_CHANGED);
 }
 
 TEST(Vst3Latency, IsToldToTheHostAtItsNextCallAndNotWithinABlock) {
