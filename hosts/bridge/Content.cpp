@@ -16,21 +16,21 @@ bool IsFolder(const fs::path& path) {
   return fs::is_directory(path, error);
 }
 
-fs::path GetUserData() {
-  const char* const data = std::getenv("XDG_DATA_HOME");
-  if (data && *data == '/') return data;
-  const char* const home = std::getenv("HOME");
-  return home && *home ? fs::path(home) / ".local/share" : fs::path();
-}
-
 }  // namespace
+
+fs::path GetUserContent() {
+  const char* const data = std::getenv("XDG_DATA_HOME");
+  if (data && *data == '/') return fs::path(data) / "sonvelle";
+  const char* const home = std::getenv("HOME");
+  return home && *home ? fs::path(home) / ".local/share/sonvelle" : fs::path();
+}
 
 fs::path FindContent(const fs::path& binary) {
   fs::path folder = binary.parent_path();
   if (IsFolder(folder / "content")) return folder / "content";
   for (; folder.has_relative_path(); folder = folder.parent_path())
     if (IsFolder(folder / "share/sonvelle")) return folder / "share/sonvelle";
-  const fs::path user = GetUserData() / "sonvelle";
+  const fs::path user = GetUserContent();
   return IsFolder(user) ? user : fs::path();
 }
 

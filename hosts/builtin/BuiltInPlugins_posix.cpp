@@ -28,7 +28,7 @@ std::filesystem::path GetBinary() {
 // Settings that cannot be written are those of another day; the library has defaults.
 void ChooseContent(const std::filesystem::path& content) {
   if (!content.empty()) try {
-      bridge::WriteFirstSettings(bridge::FromUtf8(content.string()));
+      bridge::WriteFirstSettings(bridge::FromUtf8(bridge::MakeWritable(content).string()));
     } catch (const MException& raised) {
       std::fprintf(stderr, "Sonvelle: the settings could not be written: %s\n",
                    bridge::ToUtf8(raised.message).c_str());

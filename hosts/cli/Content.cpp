@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "core/MException.h"
+#include "hosts/bridge/Content.h"
 #include "hosts/bridge/FirstSettings.h"
 #include "hosts/bridge/Parameters.h"
 #include "hosts/cli/Failure.h"
@@ -17,7 +18,7 @@ void ChooseContent() {
     std::error_code error;
     if (!std::filesystem::is_directory(folder, error)) continue;
     try {
-      return bridge::WriteFirstSettings(ToLibraryPath(folder.string()));
+      return bridge::WriteFirstSettings(ToLibraryPath(bridge::MakeWritable(folder).string()));
     } catch (const MException& raised) {
       throw Failure(ExitCode::kOutput, "the settings could not be written", bridge::ToUtf8(raised.message));
     }

@@ -124,6 +124,43 @@ class Moved(InstalledCase):
         self.fail_without_a_folder("settings", "SonvelleConfiguration.cfg")
 
 
+class ReadOnlyContent(UserCase):
+    """That the user may not write to, as where it is installed for all."""
+
+    def setUp(self):
+        super().setUp()
+        self.samples = self.bin / "content/Samples"
+        self.samples.mkdir(parents=True)
+        self.write("bin/content/Samples/tone.wav", float_wav([[0.5] * 100]))
+        self.write("mine.wav", float_wav([[0.25] * 100]))
+        for folder in (self.samples, self.samples.parent):
+            folder.chmod(0o555)
+            self.addCleanup(folder.chmod, 0o755)
+
+    def test_is_linked_to_a_folder_of_the_user_where_samples_can_be_imported(self):
+        self.write("state.xml", b'<state filename="tone.wav"/>')
+        for _ in range(2):
+            self.succeed("register")
+            for option, level in (("--state=state.xml", 0.5), ("--sample=mine.wav", 0.25)):
+                self.succeed("render", "Playbox", "out.wav", option, "--note", "60:1:0:0.001", "--channels", "1", "--rate", "48000")
+                self.assertEqual(list(Wav(self.path("out.wav")).interleaved), [level] * 48)
+        own = self.data / "sonvelle/Samples"
+        self.assertEqual((own / "tone.wav").resolve(), self.samples / "tone.wav")
+        self.assertTrue((own / f"Imported{self.folder}/mine.wav").is_file())
+        self.assertEqual(os.listdir(self.samples), ["tone.wav"])
+
+    def test_is_linked_anew_where_a_link_leads_nowhere_and_what_is_the_users_stays(self):
+        own = self.data / "sonvelle/Samples"
+        own.mkdir(parents=True)
+        for folder in (own, own.parent):
+            folder.chmod(0o777)
+        (own / "tone.wav").symlink_to("/nowhere/tone.wav")
+        (own / "other.wav").write_bytes(b"other")
+        self.succeed("register")
+        self.assertEqual((own / "tone.wav").resolve(), self.samples / "tone.wav")
+        self.assertEqual((own / "other.wav").read_bytes(), b"other")
+
+
 class WithoutServices(FakeCase):
     def test_a_library_cannot_be_registered(self):
         self.fail_with(PLUGIN, "register", says=(f"{self.bin}/Sonvelle.so: the library has no services",))

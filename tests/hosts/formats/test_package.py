@@ -98,6 +98,20 @@ class Package(CommandCase):
             self.assertGreater(max(array.array("f", out.read_bytes())), 0.1, name)
             heard.add(out.read_bytes())
         self.assertEqual(len(heard), 1)
+        self.expect_a_folder_for_imports()
+
+    def expect_a_folder_for_imports(self):
+        """Users who may not write to the content have one."""
+        if os.geteuid() != 0:
+            return
+        (self.data / "Tessaron/SonvelleConfiguration.cfg").unlink()
+        for folder in (self.data / "Tessaron", self.folder):
+            folder.chmod(0o777)
+        program, bundle = FORMATS["lv2"]
+        run(program, self.prefix / bundle, "Playbox", self.path("user.f32"), "--rate", 48000, "--channels", 2, "--block", 256,
+            "--frames", 256, cwd="/", user=65534, group=65534, extra_groups=[])
+        settings = (self.data / "Tessaron/SonvelleConfiguration.cfg").read_text()
+        self.assertIn(f'GlobalPath="{self.data}/sonvelle"', settings)
 
 
 if __name__ == "__main__":
