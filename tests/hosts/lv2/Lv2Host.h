@@ -109,6 +109,14 @@ class Lv2Host {
       lv2_atom_forge_path(&forge_, path.c_str(), static_cast<uint32_t>(path.size()));
     });
   }
+  // A message without a path: with a number in its place, or with nothing.
+  void AddSetOfNoPath(const std::string& property, bool isNumber) {
+    AddPatch(LV2_PATCH__Set, property, [&] {
+      if (!isNumber) return;
+      lv2_atom_forge_key(&forge_, numbers_.Get(LV2_PATCH__value));
+      lv2_atom_forge_int(&forge_, 7);
+    });
+  }
   void AddGet(const std::string& property) {
     AddPatch(LV2_PATCH__Get, property, [] {});
   }

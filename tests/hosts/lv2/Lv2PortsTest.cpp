@@ -47,12 +47,17 @@ TEST_F(Lv2Ports, SymbolsThatAreTakenGetANumber) {
                                             "latency_2", "a_b", "a_b_2"));
 }
 
-TEST_F(Lv2Ports, EveryPluginHasAClass) {
-  for (const bridge::PluginType& type : builtin::GetPlugins())
-    EXPECT_NE(lv2::GetClass(type), "") << type.name;
-  EXPECT_EQ(lv2::GetClass(GetType("Echolan")), "DelayPlugin");
-  EXPECT_EQ(lv2::GetClass(GetType("Slidebench")), "EQPlugin");
-  EXPECT_EQ(lv2::GetClass(GetType("Playbox")), "InstrumentPlugin");
+TEST_F(Lv2Ports, EveryPluginHasTheClassOfWhatItDoes) {
+  const std::map<std::string_view, std::string> classes = {
+      {"Echolan", "DelayPlugin"},       {"Clampet", "LimiterPlugin"},    {"Slotter", "BandpassPlugin"},
+      {"Widenor", "SpatialPlugin"},     {"Tonebench", "ParaEQPlugin"},   {"Imprinta", "FilterPlugin"},
+      {"Bendform", "WaveshaperPlugin"}, {"Pulsetta", "ModulatorPlugin"}, {"Roamplex", "ModulatorPlugin"},
+      {"Bellwarp", "ModulatorPlugin"},  {"Quaverly", "ModulatorPlugin"}, {"Squeezel", "CompressorPlugin"},
+      {"Lumascope", "AnalyserPlugin"},  {"Swirlo", "PhaserPlugin"},      {"Slidebench", "EQPlugin"}};
+  for (const bridge::PluginType& type : builtin::GetPlugins()) {
+    const auto found = classes.find(type.name);
+    EXPECT_EQ(lv2::GetClass(type), found == classes.end() ? "InstrumentPlugin" : found->second) << type.name;
+  }
 }
 
 TEST_F(Lv2Ports, DescriptorsEndWithNull) {

@@ -2,6 +2,9 @@
 
 #include "hosts/lv2/Turtle.h"
 
+#include <cstring>
+#include <optional>
+
 #include "hosts/lv2/TurtleText.h"
 #include "tests/hosts/lv2/Lv2Test.h"
 
@@ -81,6 +84,54 @@ TEST_F(Lv2Turtle, AWorkerIsAskedForWhereThereIsWork) {
     EXPECT_THAT(Describe(name), HasSubstr("lv2:extensionData state:interface , work:interface ;"));
   }
   EXPECT_THAT(Describe("Echolan"), Not(HasSubstr("work:schedule")));
+}
+
+TEST_F(Lv2Turtle, FilesThatStatesNameAreMappedByTheHostAndCanBeWritten) {
+  const std::map<std::string_view, std::string> files = {
+      {"Playbox", "sample"}, {"Vinylrake", "sample"}, {"Layerbox", "multisample"}, {"Grainloom", "library"}};
+  for (const bridge::PluginType& type : builtin::GetPlugins()) {
+    const std::string text = Describe(type.name);
+    const auto found = files.find(type.name);
+    EXPECT_EQ(text.find("state:mapPath") != std::string::npos, found != files.end()) << type.name;
+    if (found == files.end()) continue;
+    const std::string uri = "<" + lv2::GetUri(type) + "#" + found->second + ">";
+    EXPECT_THAT(text, HasSubstr("\tpatch:writable " + uri));
+    EXPECT_THAT(text, HasSubstr(uri + "\n\ta lv2:Parameter ;"));
+    EXPECT_THAT(text, HasSubstr("rdfs:range atom:Path"));
+  }
+}
+
+TEST_F(Lv2Turtle, HardRealTimeIsSaidOfThoseThatAre) {
+  for (const bridge::PluginType& type : builtin::GetPlugins())
+    EXPECT_EQ(Describe(type.name).find("lv2:hardRTCapable") != std::string::npos, lv2::IsHardRealTime(type));
+}
+
+TEST_F(Lv2Turtle, DefaultsAndPointsLieInTheRangesOfTheirPorts) {
+  int count = 0;
+  for (const bridge::PluginType& type : builtin::GetPlugins()) {
+    const std::string text = Describe(type.name);
+    const auto read = [&](const char* what, std::size_t place, std::size_t end) {
+      place = text.find(what, place);
+      return place < end ? std::optional(std::strtod(text.c_str() + place + std::strlen(what), nullptr))
+                         : std::nullopt;
+    };
+    for (std::size_t port = text.find("lv2:index"); port != std::string::npos;
+         port = text.find("lv2:index", port + 1)) {
+      const std::size_t end = text.find("\n\t]", port);
+      const auto low = read("lv2:minimum ", port, end), high = read("lv2:maximum ", port, end);
+      const auto usual = read("lv2:default ", port, end);
+      if (!low || !high) continue;
+      ++count;
+      ASSERT_TRUE(usual && *low < *high && *low <= *usual && *usual <= *high)
+          << text.substr(port, end - port);
+      for (std::size_t place = text.find("rdf:value ", port); place < end;
+           place = text.find("rdf:value ", place + 1)) {
+        const double point = *read("rdf:value ", place, end);
+        EXPECT_TRUE(*low <= point && point <= *high) << text.substr(port, end - port);
+      }
+    }
+  }
+  EXPECT_GT(count, 90);
 }
 
 TEST_F(Lv2Turtle, VersionsOfReleasesAreEven) {
