@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 
 #include "core/MException.h"
 #include "core/MXMLItem.h"
@@ -56,6 +57,7 @@ void DawPlugin::SetValue(int32_t place, double value) {
 // Behind a change by the host, whose turn it is.
 void DawPlugin::NoteChange() noexcept {
   isTailKnown_ = false;
+  isOtherSound_ = true;
   if (isActive_)
     isLatencyOld_ = true;
   else
@@ -88,21 +90,21 @@ void DawPlugin::LoadState(MXMLItem& item) {
     NoteChange();
   }
   areHostControlsNew_ = true;
-  isOtherSound_ = true;
 }
 
 MWord DawPlugin::Command(const char* name, MWord argument) {
   const std::lock_guard lock(hostLock_);
   const TurnTaker turn(turn_);
+  const MWord result = plugin_.Command(name, argument);
   isOtherSound_ = true;
-  return plugin_.Command(name, argument);
+  return result;
 }
 
 void DawPlugin::Activate(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
   const std::lock_guard lock(hostLock_);
   channels_ = channels;
   sampleRate_ = sampleRate;
-  mostFrames_ = std::max(mostFrames, 1);
+  mostFrames_ = std::clamp(mostFrames, 1, kMostFrames);
   outAt_.assign(static_cast<std::size_t>(channels), nullptr);
   ApplyHostControls();
   changedRow_ = -1;
@@ -129,22 +131,38 @@ void DawPlugin::SetOffline(bool isOffline) {
 }
 
 int64_t DawPlugin::GetTail() {
-  if (IsInstrument()) return 0;
+  if (IsInstrument()) return GetReleaseTail();
   const std::lock_guard lock(hostLock_);
   if (sampleRate_ == 0) return 0;  // no format yet
   if (isTailKnown_.exchange(true)) return tail_;
-  tail_ = GetLatency();
-  MXMLItem item("state");
-  SaveDawState(plugin_, type_, parameters_, item);
-  const int64_t tail = MeasureTail(type_, item, channels_, sampleRate_);
-  tail_ = tail == kEndlessTail ? tail : tail + GetLatency();
+  try {
+    MXMLItem item("state");
+    SaveDawState(plugin_, type_, parameters_, item);
+    const int64_t tail = MeasureTail(type_, item, channels_, sampleRate_);
+    tail_ = tail == kEndlessTail ? tail : tail + GetLatency();
+  } catch (...) {
+    isTailKnown_ = false;
+    throw;
+  }
   return tail_;
+}
+
+// Of notes that ring out nobody knows the end.
+int64_t DawPlugin::GetReleaseTail() const noexcept {
+  double frames = 0;
+  for (const DawParameter& parameter : GetParameters()) {
+    const double value = LoadValue(*parameter.row);
+    if (parameter.control == HostControl::kRelease) frames = std::ceil(value * sampleRate_);
+    if (parameter.control == HostControl::kOneShot && value != 0) return kEndlessTail;
+  }
+  return static_cast<int64_t>(frames);
 }
 
 void DawPlugin::DoWork() {
   const std::lock_guard lock(hostLock_);
   const TurnTaker turn(turn_);
   TellPending();
+  isOtherSound_ = true;
 }
 
 void DawPlugin::TellPending() {
@@ -223,7 +241,7 @@ void DawPlugin::Change(int32_t place, double value) noexcept {
     changedRow_ = parameter.index;
     return;
   }
-  pendingRows_.fetch_or(uint64_t{1} << parameter.index, std::memory_order_relaxed);
+  pendingRows_.fetch_or(uint64_t{1} << parameter.index, std::memory_order_release);
   isWorkNew_ = true;
 }
 
@@ -258,7 +276,7 @@ bool DawPlugin::IsQuiet() const noexcept {
 
 void DawPlugin::ApplyHostControls() noexcept {
   if (!areHostControlsNew_.load(std::memory_order_relaxed)) return;
-  areHostControlsNew_.store(false, std::memory_order_relaxed);
+  areHostControlsNew_.exchange(false);  // before the values are read, lest a newer one be missed
   for (const DawParameter& parameter : GetParameters()) {
     const double value = LoadValue(*parameter.row);
     if (parameter.control == HostControl::kBypass) effect_.SetBypass(value != 0);
