@@ -122,7 +122,7 @@ void DawPlugin::Activate(int32_t channels, int32_t sampleRate, int32_t mostFrame
 void DawPlugin::Deactivate() {
   const std::lock_guard lock(hostLock_);
   isActive_ = false;
-  if (IsInstrument()) voices_.Cut();
+  Cut();
 }
 
 void DawPlugin::SetOffline(bool isOffline) {
@@ -177,12 +177,14 @@ void DawPlugin::UpdateLatency() noexcept {
   if (latency_.exchange(latency) != latency) client_.OnLatencyChanged();
 }
 
-void DawPlugin::Reset() noexcept {
+void DawPlugin::Reset() noexcept try {
   if (!isActive_) return;
   if (IsInstrument())
     Cut();
   else
     effect_.Reset();
+} catch (...) {
+  // The next block tries again.
 }
 
 void DawPlugin::Begin(const float* const* in, float* const* out, int32_t frames) noexcept {
@@ -298,14 +300,10 @@ void DawPlugin::ApplyChanges() {
 // thread changes the effect the update waits for the next piece.
 void DawPlugin::ApplyToEffect() {
   if (!turn_.TryTake()) return;
-  const int32_t row = std::exchange(changedRow_, -1);
-  try {
-    plugin_.TellChanged(row);
-  } catch (...) {
-    turn_.Give();
-    throw;
+  {
+    const TurnTaker turn(turn_, std::adopt_lock);
+    plugin_.TellChanged(std::exchange(changedRow_, -1));
   }
-  turn_.Give();
   UpdateLatency();
 }
 

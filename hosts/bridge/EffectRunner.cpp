@@ -90,11 +90,11 @@ bool EffectRunner::UpdateLatency() {
 void EffectRunner::TryClear() {
   if (!hasMemory_) mustClear_ = false;
   if (!mustClear_ || !turn_.TryTake()) return;
+  const TurnTaker turn(turn_, std::adopt_lock);
   effect_.Prepare(channels_, sampleRate_);
   effect_.Skip(kForgetFrames);
   for (int32_t done = 0; done < kForgetFrames; done += kSpareFrames)
     effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
-  turn_.Give();
   mustClear_ = false;
 }
 

@@ -81,6 +81,15 @@ TEST_F(DawInstrument, AResetLiftsThePedal) {
   EXPECT_TRUE(plugin_.IsQuiet());
 }
 
+TEST_F(DawInstrument, GoesAwayAlsoWhereItsNotesCannotBeEnded) {
+  plugin_.Play(kPress);
+  plugin_.Play(kPress);
+  FakeInstrument::failsToClose = true;
+  EXPECT_NO_THROW(plugin_.Deactivate());
+  EXPECT_FALSE(plugin_.IsActive());
+  FakeInstrument::failsToClose = false;
+}
+
 TEST_F(DawInstrument, PlaysNothingBeforeItIsActive) {
   plugin_.Deactivate();
   EXPECT_EQ(plugin_.Play(kPress), -1);

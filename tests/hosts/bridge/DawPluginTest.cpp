@@ -104,6 +104,22 @@ TEST(DawPlugin, IsSilentWhereThePluginFails) {
   EXPECT_TRUE(block.IsZero());
 }
 
+TEST(DawPlugin, AResetThatFailsIsTriedAgainAndKeepsNobodyWaiting) {
+  DawPluginUnderTest plugin(GetFakeType(bridge::PluginKind::kEffect, FakePlugin::EntryPoint));
+  plugin.Start(1);
+  AudioBlock block = AudioBlock::Constant(1, 100, 1);
+  for (const int32_t service : {MService::kPrepare, MService::kProcess}) {
+    FakePlugin::raisingService = service;
+    plugin.Reset();
+    EXPECT_TRUE(plugin.Answer(block, 100).IsZero());
+    FakePlugin::raisingService = FakePlugin::kNever;
+    plugin.SetValue(plugin.Find("gain"), 1);
+    FakePlugin::notes.clear();
+    EXPECT_FALSE(plugin.Answer(block, 100).IsZero());
+    EXPECT_EQ(FakePlugin::notes[0], "prepare 1 48000");
+  }
+}
+
 TEST(DawPlugin, IsSilentBeforeItIsActive) {
   DawPluginUnderTest plugin("Echolan");
   plugin.Start(1);
