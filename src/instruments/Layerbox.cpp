@@ -250,14 +250,14 @@ const MAudioBuffer* LayerboxAudioStreamPlugin::FindBuffer(const Note& note, int3
 }
 
 // Adds `run` samples of a track; `gains` is the envelope.
-void LayerboxAudioStreamPlugin::AddTrack(const Note& note, int32_t track, const float* gains, double place,
-                                         float** out, int32_t start, int32_t run) const {
+void LayerboxAudioStreamPlugin::AddTrack(const Note& note, int32_t track, const float* gains,
+                                         const MSampleReading& reading, float** out, int32_t start,
+                                         int32_t run) const {
   const MAudioBuffer* const buffer = FindBuffer(note, track);
   if (!buffer || buffer->GetChannelCount() == 0) return;
   const int32_t recorded = std::min(buffer->GetChannelCount(), channels_);
   float samples[MAudioBuffer::kMaximumChannels][MSampleStream::kChunk];
-  for (int32_t c = 0; c < recorded; ++c)
-    note.Read(samples[c], buffer->GetChannel(c), buffer->GetLength(), place, run);
+  for (int32_t c = 0; c < recorded; ++c) reading.Read(samples[c], buffer->GetChannel(c), buffer->GetLength());
   const double pan = channels_ == 2 ? note.pan[track] : 0;
   // The signal of the side that the pan turns away from moves across.
   const auto stay = [&](double away) {
@@ -288,9 +288,10 @@ int32_t LayerboxAudioStreamPlugin::Render(MAudioStream& stream, float** out, int
     const double place = note.position + (done - first) * note.speed;
     float gains[MSampleStream::kChunk];
     note.ReadGains(gains, place, run);
+    const MSampleReading reading(place, note.speed, run);
     for (int32_t track = 0; track < tracks; ++track)
       if (solo >= 0 ? track == solo : tracks_[track].isEnabled)
-        AddTrack(note, track, gains, place, out, done, run);
+        AddTrack(note, track, gains, reading, out, done, run);
   }
   note.position += samples * note.speed;
   return note.position >= note.length ? MStreamResult::kEnded : MStreamResult::kSounds;

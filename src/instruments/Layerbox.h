@@ -6,6 +6,7 @@
 
 class MAudioBuffer;
 class MMultiSample;
+class MSampleReading;
 
 // Multisampler: a note plays one take of a multisample, of the layer that its volume, by the curve of
 // velocities, asks for. All tracks of the take sound together, each with its volume and pan:
@@ -65,8 +66,8 @@ class LayerboxAudioStreamPlugin final : public MAudioStreamPlugin {
   void AddTracks();
   int32_t ChooseTake(double velocity) const;
   static const MAudioBuffer* FindBuffer(const Note& note, int32_t track);
-  void AddTrack(const Note& note, int32_t track, const float* gains, double place, float** out, int32_t start,
-                int32_t run) const;
+  void AddTrack(const Note& note, int32_t track, const float* gains, const MSampleReading& reading,
+                float** out, int32_t start, int32_t run) const;
 
   enum { kDelay, kMaximalLength, kSingleSample, kRowCount };
   MPluginParameter rows_[kRowCount];

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "core/MAudioBuffer.h"
-#include "dsp/MSampleReading.h"
 #include "plugin/MParameterFormatters.h"
 
 int32_t MStepsBelow(double end, double start, double step, int32_t count) noexcept {
@@ -51,14 +50,6 @@ void MSampleStream::ReadGains(float* gains, double place, int32_t count) noexcep
   std::fill(gains + end, gains + count, 0.0f);
 }
 
-void MSampleStream::Read(float* out, const float* samples, int32_t sampleCount, double place,
-                         int32_t count) const noexcept {
-  if (speed == 1)
-    MSampleReading::Copy(out, samples, sampleCount, static_cast<int64_t>(place), count);
-  else
-    MSampleReading::Resample(out, samples, sampleCount, place, speed, count);
-}
-
 bool MSampleStream::Play(const MAudioBuffer& recording, float** out, int32_t channels, int32_t first,
                          int32_t end) noexcept {
   const int32_t recorded = recording.GetChannelCount();
@@ -67,6 +58,7 @@ bool MSampleStream::Play(const MAudioBuffer& recording, float** out, int32_t cha
     const double place = position + (done - first) * speed;
     float gains[kChunk];
     ReadGains(gains, place, run);
+    const MSampleReading reading(place, speed, run);
     for (int32_t c = 0; c < channels; ++c) {
       float* const to = out[c] + done;
       if (recorded == 0) {
@@ -74,7 +66,7 @@ bool MSampleStream::Play(const MAudioBuffer& recording, float** out, int32_t cha
       } else if (c >= recorded) {
         std::copy_n(out[c % recorded] + done, run, to);
       } else {
-        Read(to, recording.GetChannel(c), recording.GetLength(), place, run);
+        reading.Read(to, recording.GetChannel(c), recording.GetLength());
         for (int32_t i = 0; i < run; ++i) to[i] *= gains[i];
       }
     }

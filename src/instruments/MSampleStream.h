@@ -1,5 +1,6 @@
 #pragma once
 #include "dsp/MEnvelopeComputer.h"
+#include "dsp/MSampleReading.h"
 #include "plugin/MAudioStreamPlugin.h"
 
 class MAudioBuffer;
@@ -15,7 +16,7 @@ void AddSampleDelayParameter(MPluginParameter& row);
 // A note that plays a recording: what Playbox, Layerbox and Grainloom have in common. Places are in samples
 // of the recording, in front of it where they are below 0; the note has ended at or behind `length`.
 struct MSampleStream : MAudioStream {
-  static constexpr int32_t kChunk = 256;  // gains are computed for as many samples at a time
+  static constexpr int32_t kChunk = MSampleReading::kMost;  // samples are computed at a time
 
   double position = 0;
   double speed = 1;  // samples of the recording per sample of output; exactly 1 is a copy
@@ -35,9 +36,6 @@ struct MSampleStream : MAudioStream {
   // volume x envelope at `count`, at most kChunk, samples of output from `place` on, which never goes back.
   // [audio]
   void ReadGains(float* gains, double place, int32_t count) noexcept;
-  // The recording at the same places. [audio]
-  void Read(float* out, const float* samples, int32_t sampleCount, double place,
-            int32_t count) const noexcept;
 
   // Fills out[c][first] to out[c][end - 1] with channel c modulo the recording's, and moves on. Returns
   // whether the note has ended. [audio]
