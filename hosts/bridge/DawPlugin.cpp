@@ -310,9 +310,9 @@ void DawPlugin::ApplyToEffect() {
 // Rows that may have a file read, or memory made, are work for another thread.
 void DawPlugin::ApplyAsWork() {
   if (isOtherSound_.load(std::memory_order_relaxed) && isOtherSound_.exchange(false)) voices_.ForgetRead();
-  if (!isWorkNew_) return;
-  isWorkNew_ = false;
-  if (!isOffline_) return client_.OnWorkWaiting();
+  const bool isNew = std::exchange(isWorkNew_, false);
+  if (!isOffline_) return isNew ? client_.OnWorkWaiting() : void();
+  if (pendingRows_.load(std::memory_order_relaxed) == 0) return;  // of before, too
   const TurnTaker turn(turn_);
   TellPending();
   voices_.ForgetRead();

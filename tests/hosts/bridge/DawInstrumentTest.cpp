@@ -132,9 +132,10 @@ TEST_F(DawInstrument, OfflineANoteWaitsAgainWhereTheHostHasChangedWhatItPlays) {
   EXPECT_EQ(play(), 2);
 }
 
-int32_t loadsFinished = 0;
+int32_t loadsFinished = 0, rowsTold = 0;
 
 MWord M_CALL CountingLayerbox(void* instance, int32_t service, MServiceArguments* arguments) {
+  if (service == MService::kParameterChanged) ++rowsTold;
   const auto* const name =
       service == MService::kCommand ? MAsAddress<const char>(arguments->slot[0].value) : "";
   if (std::string_view(name) == "FinishLoading") ++loadsFinished;
@@ -156,6 +157,21 @@ TEST(DawInstrumentRows, ThatTheHostSetsOfflineMakeTheNextNoteWait) {
     plugin.End();
     EXPECT_EQ(loadsFinished > before, before == 0 || isChanged);
   }
+}
+
+TEST(DawInstrumentRows, ThatNoThreadHasToldAreToldInTheFirstBlockOffline) {
+  bridge::PluginType type = FindType("Layerbox");
+  type.entryPoint = CountingLayerbox;
+  DawPluginUnderTest plugin(type);
+  plugin.Start();
+  rowsTold = 0;
+  plugin.AnswerWithChange(AudioBlock(2, 64), 0, plugin.Find("maxlength"), 5);
+  EXPECT_EQ(rowsTold, 0);
+  plugin.SetOffline(true);
+  plugin.Answer(AudioBlock(2, 64), 64);
+  EXPECT_EQ(rowsTold, 1);
+  plugin.Answer(AudioBlock(2, 64), 64);
+  EXPECT_EQ(rowsTold, 1);
 }
 
 // Rows of an instrument may have files read: Layerbox reads its file again for another maximal length.
