@@ -7,9 +7,9 @@ namespace {
 constexpr int32_t kWildNumbers[] = {-32768, -2, -1, 0, 1, 15, 16, 60, 127, 128, 32767};
 constexpr double kWildValues[] = {NAN, INFINITY, -INFINITY, -1, -0.0, 5e-324, 0.5, 1, 2, 1e300};
 
-template <typename Value, std::size_t kCount>
-Value Choose(const Value (&values)[kCount], TestRandom& random) {
-  return values[random.Below(kCount)];
+template <typename Values>
+auto& Choose(Values& values, TestRandom& random) {
+  return values[static_cast<std::size_t>(random.Below(static_cast<int32_t>(std::size(values))))];
 }
 
 // Notes, values, modulations and MIDI of all numbers, in no order, within the block and behind it.
@@ -24,7 +24,7 @@ std::vector<TestEvent> MakeWildEvents(const ClapPlugin& plugin, TestRandom& rand
                             Choose(kWildValues, random)));
     events.back().note.port_index = static_cast<int16_t>(Choose(kWildNumbers, random));
     events.push_back(MidiAt(frame(), data(), data(), data()));
-    const clap_param_info_t& parameter = parameters[random.Below(static_cast<uint32_t>(parameters.size()))];
+    const clap_param_info_t& parameter = Choose(parameters, random);
     events.push_back(SetAt(frame(), parameter, Choose(kWildValues, random), false));
   }
   return events;
@@ -59,8 +59,7 @@ TEST_P(ClapSuite, StatesWithWrongBytesDoNoHarm) {
   plugin_.Activate(8000, 64);
   for (int32_t i = 0; i < 200; ++i) {
     std::string text = plugin_.SaveState();
-    for (int32_t k = 0; k < 3; ++k)
-      text[random.Below(static_cast<uint32_t>(text.size()))] = static_cast<char>(random.Below(256));
+    for (int32_t k = 0; k < 3; ++k) Choose(text, random) = static_cast<char>(random.Below(256));
     plugin_.LoadState(text);
     ASSERT_TRUE(plugin_.Run(AudioBlock(2, 64)).IsFinite());
   }

@@ -17,9 +17,9 @@ constexpr double kWildValues[] = {NAN, INFINITY, -INFINITY, -1, -0.0, 5e-324, 0.
 constexpr int32_t kWildNumbers[] = {INT32_MIN, -32768, -1, 0, 1, 15, 16, 60, 127, 128, INT32_MAX};
 constexpr int32_t kFrames = 128;
 
-template <typename Value, std::size_t kCount>
-Value Choose(const Value (&values)[kCount], TestRandom& random) {
-  return values[random.Below(kCount)];
+template <typename Values>
+auto& Choose(Values& values, TestRandom& random) {
+  return values[static_cast<std::size_t>(random.Below(static_cast<int32_t>(std::size(values))))];
 }
 
 class Vst3Wild : public testing::TestWithParam<std::string> {
@@ -28,9 +28,9 @@ class Vst3Wild : public testing::TestWithParam<std::string> {
     Changes changes;
     const std::vector<v3_param_info> list = plugin_.GetParameters();
     for (int32_t i = 0; i < 30; ++i) {
-      const v3_param_info& info = list[random_.Below(static_cast<uint32_t>(list.size()))];
+      const v3_param_info& info = Choose(list, random_);
       std::vector<host::Point> points;
-      for (uint32_t k = random_.Below(4); k > 0; --k)
+      for (int32_t k = random_.Below(4); k > 0; --k)
         points.push_back(
             {k == 1 ? Choose(kWildNumbers, random_) : random_.Integer(0, 200), Choose(kWildValues, random_)});
       changes.Add(i % 10 == 9 ? v3_param_id(i) : info.param_id, points);
@@ -121,8 +121,7 @@ TEST_P(Vst3Wild, StatesWithWrongBytesDoNoHarm) {
   Planes samples = host::MakeNoise(2, kFrames);
   for (int32_t i = 0; i < 100; ++i) {
     std::string text = plugin_.SaveState();
-    for (int32_t k = 0; k < 3; ++k)
-      text[random_.Below(static_cast<uint32_t>(text.size()))] = static_cast<char>(random_.Below(256));
+    for (int32_t k = 0; k < 3; ++k) Choose(text, random_) = static_cast<char>(random_.Below(256));
     plugin_.LoadState(text);
     plugin_.Process(samples, 0, kFrames);
     for (const v3_param_info& info : plugin_.GetParameters()) {
