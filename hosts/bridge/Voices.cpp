@@ -115,7 +115,6 @@ Voices::Voice& Voices::FindPlace() {
 }
 
 void Voices::Release(int32_t channel, int32_t key) {
-  if (isOneShot_) return;
   Voice* oldest = nullptr;
   for (Voice& voice : voices_)
     if (voice.state == State::kPressed && voice.channel == channel && voice.key == key &&
@@ -125,7 +124,9 @@ void Voices::Release(int32_t channel, int32_t key) {
 }
 
 void Voices::LetGo(Voice& voice) {
-  if (isPedalDown_[static_cast<std::size_t>(voice.channel & kLastChannel)])
+  if (isOneShot_)
+    voice.state = State::kRinging;
+  else if (isPedalDown_[static_cast<std::size_t>(voice.channel & kLastChannel)])
     voice.state = State::kHeldByPedal;
   else
     Fade(voice, releaseSeconds_);
@@ -133,7 +134,7 @@ void Voices::LetGo(Voice& voice) {
 
 void Voices::ReleaseNote(int64_t number) {
   for (Voice& voice : voices_)
-    if (voice.state == State::kPressed && voice.number == number && !isOneShot_) LetGo(voice);
+    if (voice.state == State::kPressed && voice.number == number) LetGo(voice);
 }
 
 void Voices::ChokeNote(int64_t number) {
@@ -151,14 +152,13 @@ void Voices::SetPedal(int32_t channel, bool isDown) {
   isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = isDown;
   if (isDown) return;
   for (Voice& voice : voices_)
-    if (voice.state == State::kHeldByPedal && voice.channel == channel) Fade(voice, releaseSeconds_);
+    if (voice.state == State::kHeldByPedal && voice.channel == channel) LetGo(voice);
 }
 
 void Voices::ReleaseAll(int32_t channel) {
   isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = false;
-  if (isOneShot_) return;
   for (Voice& voice : voices_)
-    if (IsSounding(voice) && voice.channel == channel) Fade(voice, releaseSeconds_);
+    if (IsSounding(voice) && voice.channel == channel) LetGo(voice);
 }
 
 void Voices::Silence(int32_t channel) {

@@ -32,7 +32,7 @@ class Voices {
   void Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames);
   // How long a released voice fades, linearly; 0 and more.
   void SetRelease(double seconds) noexcept { releaseSeconds_ = seconds; }
-  // Whether voices ring out, whatever becomes of their keys.
+  // Whether voices ring out that are released from now on.
   void SetOneShot(bool isOneShot) noexcept { isOneShot_ = isOneShot; }
   // Whether a note may wait for what it plays to be read, as it may offline: then the first note of each
   // volume is announced by a stream of its own and begins when everything is read. Not for audio threads.
@@ -81,7 +81,7 @@ class Voices {
   static constexpr int32_t kLastChannel = kChannels - 1;
   static constexpr int32_t kPlaces = 2 * kMost;  // those that give way fade in places of their own
 
-  enum class State { kFree, kPressed, kHeldByPedal, kReleased, kGivingWay };
+  enum class State { kFree, kPressed, kHeldByPedal, kRinging, kReleased, kGivingWay };
   struct Voice {
     State state = State::kFree;
     MWord stream = 0;
@@ -94,7 +94,8 @@ class Voices {
   };
 
   static bool IsSounding(const Voice& voice) noexcept {
-    return voice.state == State::kPressed || voice.state == State::kHeldByPedal;
+    return voice.state == State::kPressed || voice.state == State::kHeldByPedal ||
+           voice.state == State::kRinging;
   }
   static bool IsFading(const Voice& voice) noexcept {
     return voice.state == State::kReleased || voice.state == State::kGivingWay;

@@ -161,6 +161,37 @@ TEST_F(VoicesTest, RingOutAsOneShotsWhateverBecomesOfTheirKeys) {
   EXPECT_EQ(Play(1)[0], 0.5f);
 }
 
+TEST_F(VoicesTest, ThatRingOutAreNotTakenForLaterNotesOfTheirKey) {
+  voices_->SetOneShot(true);
+  voices_->SetPedal(1, true);
+  voices_->Press(0, 60, 1);
+  voices_->Press(1, 60, 2);
+  voices_->Release(0, 60);
+  voices_->SetPedal(1, false);
+  voices_->ReleaseAll(1);
+  voices_->SetOneShot(false);
+  for (const int32_t channel : {0, 1}) {
+    voices_->Press(channel, 60, 0.5);
+    voices_->Release(channel, 60);
+    Play(kReleaseFrames);
+    EXPECT_EQ(Play(1)[0], 3.0f);
+  }
+}
+
+TEST_F(VoicesTest, RingOutAlsoWhereThePedalGoesUpLater) {
+  voices_->SetPedal(0, true);
+  voices_->Press(0, 60, 1);
+  voices_->Release(0, 60);
+  voices_->SetOneShot(true);
+  voices_->SetPedal(0, false);
+  Play(kReleaseFrames);
+  EXPECT_EQ(Play(1)[0], 1.0f);
+  voices_->SetOneShot(false);
+  voices_->ReleaseAll(0);
+  Play(kReleaseFrames);
+  EXPECT_EQ(Play(1)[0], 0.0f);
+}
+
 TEST_F(VoicesTest, FallSilentAtOnceHoweverLongTheyFade) {
   voices_->SetRelease(10);
   voices_->Press(0, 60, 1);
