@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cmath>
 
 #include "core/MException.h"
 #include "core/MXMLItem.h"
@@ -56,6 +57,7 @@ void DawPlugin::SetValue(int32_t place, double value) {
 // Behind a change by the host, whose turn it is.
 void DawPlugin::NoteChange() noexcept {
   isTailKnown_ = false;
+  isOtherSound_ = true;
   if (isActive_)
     isLatencyOld_ = true;
   else
@@ -88,21 +90,21 @@ void DawPlugin::LoadState(MXMLItem& item) {
     NoteChange();
   }
   areHostControlsNew_ = true;
-  isOtherSound_ = true;
 }
 
 MWord DawPlugin::Command(const char* name, MWord argument) {
   const std::lock_guard lock(hostLock_);
   const TurnTaker turn(turn_);
+  const MWord result = plugin_.Command(name, argument);
   isOtherSound_ = true;
-  return plugin_.Command(name, argument);
+  return result;
 }
 
 void DawPlugin::Activate(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
   const std::lock_guard lock(hostLock_);
   channels_ = channels;
   sampleRate_ = sampleRate;
-  mostFrames_ = std::max(mostFrames, 1);
+  mostFrames_ = std::clamp(mostFrames, 1, kMostFrames);
   outAt_.assign(static_cast<std::size_t>(channels), nullptr);
   ApplyHostControls();
   changedRow_ = -1;
@@ -120,7 +122,7 @@ void DawPlugin::Activate(int32_t channels, int32_t sampleRate, int32_t mostFrame
 void DawPlugin::Deactivate() {
   const std::lock_guard lock(hostLock_);
   isActive_ = false;
-  if (IsInstrument()) voices_.Cut();
+  Cut();
 }
 
 void DawPlugin::SetOffline(bool isOffline) {
@@ -129,22 +131,38 @@ void DawPlugin::SetOffline(bool isOffline) {
 }
 
 int64_t DawPlugin::GetTail() {
-  if (IsInstrument()) return 0;
+  if (IsInstrument()) return GetReleaseTail();
   const std::lock_guard lock(hostLock_);
   if (sampleRate_ == 0) return 0;  // no format yet
   if (isTailKnown_.exchange(true)) return tail_;
-  tail_ = GetLatency();
-  MXMLItem item("state");
-  SaveDawState(plugin_, type_, parameters_, item);
-  const int64_t tail = MeasureTail(type_, item, channels_, sampleRate_);
-  tail_ = tail == kEndlessTail ? tail : tail + GetLatency();
+  try {
+    MXMLItem item("state");
+    SaveDawState(plugin_, type_, parameters_, item);
+    const int64_t tail = MeasureTail(type_, item, channels_, sampleRate_);
+    tail_ = tail == kEndlessTail ? tail : tail + GetLatency();
+  } catch (...) {
+    isTailKnown_ = false;
+    throw;
+  }
   return tail_;
+}
+
+// Of notes that ring out nobody knows the end.
+int64_t DawPlugin::GetReleaseTail() const noexcept {
+  double frames = 0;
+  for (const DawParameter& parameter : GetParameters()) {
+    const double value = LoadValue(*parameter.row);
+    if (parameter.control == HostControl::kRelease) frames = std::ceil(value * sampleRate_);
+    if (parameter.control == HostControl::kOneShot && value != 0) return kEndlessTail;
+  }
+  return static_cast<int64_t>(frames);
 }
 
 void DawPlugin::DoWork() {
   const std::lock_guard lock(hostLock_);
   const TurnTaker turn(turn_);
   TellPending();
+  isOtherSound_ = true;
 }
 
 void DawPlugin::TellPending() {
@@ -159,12 +177,14 @@ void DawPlugin::UpdateLatency() noexcept {
   if (latency_.exchange(latency) != latency) client_.OnLatencyChanged();
 }
 
-void DawPlugin::Reset() noexcept {
+void DawPlugin::Reset() noexcept try {
   if (!isActive_) return;
   if (IsInstrument())
     Cut();
   else
     effect_.Reset();
+} catch (...) {
+  // The next block tries again.
 }
 
 void DawPlugin::Begin(const float* const* in, float* const* out, int32_t frames) noexcept {
@@ -223,7 +243,7 @@ void DawPlugin::Change(int32_t place, double value) noexcept {
     changedRow_ = parameter.index;
     return;
   }
-  pendingRows_.fetch_or(uint64_t{1} << parameter.index, std::memory_order_relaxed);
+  pendingRows_.fetch_or(uint64_t{1} << parameter.index, std::memory_order_release);
   isWorkNew_ = true;
 }
 
@@ -258,7 +278,7 @@ bool DawPlugin::IsQuiet() const noexcept {
 
 void DawPlugin::ApplyHostControls() noexcept {
   if (!areHostControlsNew_.load(std::memory_order_relaxed)) return;
-  areHostControlsNew_.store(false, std::memory_order_relaxed);
+  areHostControlsNew_.exchange(false);  // before the values are read, lest a newer one be missed
   for (const DawParameter& parameter : GetParameters()) {
     const double value = LoadValue(*parameter.row);
     if (parameter.control == HostControl::kBypass) effect_.SetBypass(value != 0);
@@ -280,23 +300,19 @@ void DawPlugin::ApplyChanges() {
 // thread changes the effect the update waits for the next piece.
 void DawPlugin::ApplyToEffect() {
   if (!turn_.TryTake()) return;
-  const int32_t row = std::exchange(changedRow_, -1);
-  try {
-    plugin_.TellChanged(row);
-  } catch (...) {
-    turn_.Give();
-    throw;
+  {
+    const TurnTaker turn(turn_, std::adopt_lock);
+    plugin_.TellChanged(std::exchange(changedRow_, -1));
   }
-  turn_.Give();
   UpdateLatency();
 }
 
 // Rows that may have a file read, or memory made, are work for another thread.
 void DawPlugin::ApplyAsWork() {
   if (isOtherSound_.load(std::memory_order_relaxed) && isOtherSound_.exchange(false)) voices_.ForgetRead();
-  if (!isWorkNew_) return;
-  isWorkNew_ = false;
-  if (!isOffline_) return client_.OnWorkWaiting();
+  const bool isNew = std::exchange(isWorkNew_, false);
+  if (!isOffline_) return isNew ? client_.OnWorkWaiting() : void();
+  if (pendingRows_.load(std::memory_order_relaxed) == 0) return;  // of before, too
   const TurnTaker turn(turn_);
   TellPending();
   voices_.ForgetRead();

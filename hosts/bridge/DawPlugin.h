@@ -18,6 +18,8 @@ namespace bridge {
 // Deactivate and SetOffline, and one at a time. They raise MException where it is said.
 class DawPlugin {
  public:
+  static constexpr int32_t kMostFrames = 1 << 16;  // at once
+
   // What the adapter is told.
   class Client {
    public:
@@ -56,7 +58,8 @@ class DawPlugin {
   // Runs a command of the plug-in, as Plugin::Command. [host]
   MWord Command(const char* name, MWord argument = 0);
 
-  // Blocks of up to `mostFrames` in this format follow; larger ones are worked on in parts. [host]
+  // Blocks of up to `mostFrames` in this format follow; larger ones, and than kMostFrames, are worked on in
+  // parts. [host]
   void Activate(int32_t channels, int32_t sampleRate, int32_t mostFrames);
   void Deactivate();
   bool IsActive() const noexcept { return isActive_; }
@@ -64,17 +67,18 @@ class DawPlugin {
   void SetOffline(bool isOffline);
   // The samples by which the sound is behind. [any]
   int32_t GetLatency() const noexcept { return latency_.load(std::memory_order_relaxed); }
-  // The samples that sound behind the end of the input, with the latency; kEndlessTail. Measures anew when
-  // the state has changed. Raises MException. [host]
+  // The samples that sound behind the end of the input, with the latency, or behind that of the last note;
+  // kEndlessTail. Measures an effect anew when the state has changed. Raises MException. [host; instruments:
+  // any]
   int64_t GetTail();
   // Whether OnWorkWaiting is ever called.
   bool HasWork() const noexcept { return areRowsWork_; }
   // What OnWorkWaiting asked for. Raises MException. [host]
   void DoWork();
 
-  // Clears all memory and cuts all notes. [audio]
+  // Clears all memory, cuts all notes and lifts all pedals. [audio]
   void Reset() noexcept;
-  // `in` may be null for instruments, and have null channels; the channels of `out` may be those of `in`.
+  // `in` may be null for instruments, and have null channels; the channels of `out` may be any of those.
   void Begin(const float* const* in, float* const* out, int32_t frames) noexcept;
   // Goes on to this frame of the block; a frame that has passed counts as now.
   void RunTo(int32_t frame) noexcept;
@@ -86,7 +90,7 @@ class DawPlugin {
   void ReleaseNote(int64_t number) noexcept;
   void ChokeNote(int64_t number) noexcept;
   bool HasNote(int64_t number) const noexcept { return voices_.HasNote(number); }
-  // Ends all notes at once.
+  // Ends all notes at once and lifts all pedals.
   void Cut() noexcept;
   void End() noexcept;
   // The notes that have ended by themselves in what was run last (Voices::GetEnded).
@@ -100,6 +104,7 @@ class DawPlugin {
     return GetParameters()[static_cast<std::size_t>(place)];
   }
   void NoteChange() noexcept;
+  int64_t GetReleaseTail() const noexcept;
   void ApplyHostControls() noexcept;
   void ApplyChanges();
   void ApplyToEffect();
@@ -125,7 +130,7 @@ class DawPlugin {
   int32_t mostFrames_ = 0;
   std::atomic<int32_t> latency_ = 0;
   std::atomic<bool> areHostControlsNew_ = true;
-  std::atomic<bool> isOtherSound_ = false;  // instruments: a state was loaded
+  std::atomic<bool> isOtherSound_ = false;  // instruments: the host has changed what they play
   std::atomic<uint64_t> pendingRows_ = 0;   // work: rows that the plug-in is yet to be told of
   std::atomic<bool> isLatencyOld_ = false;
   std::atomic<bool> isTailKnown_ = false;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <functional>
 
 #include "hosts/bridge/BlockCheck.h"
 
@@ -89,11 +90,11 @@ bool EffectRunner::UpdateLatency() {
 void EffectRunner::TryClear() {
   if (!hasMemory_) mustClear_ = false;
   if (!mustClear_ || !turn_.TryTake()) return;
+  const TurnTaker turn(turn_, std::adopt_lock);
   effect_.Prepare(channels_, sampleRate_);
   effect_.Skip(kForgetFrames);
   for (int32_t done = 0; done < kForgetFrames; done += kSpareFrames)
     effect_.Process(zeros_.data(), waste_.data(), kSpareFrames);
-  turn_.Give();
   mustClear_ = false;
 }
 
@@ -129,13 +130,24 @@ void EffectRunner::RunPiece(int32_t frames) {
   if (startFrames_ == 0) state_ = State::kFading;
 }
 
+// Whether another output, or this one elsewhere, lies where a channel is yet to be read.
+bool EffectRunner::IsOverwritten(const float* samples, int32_t channel, int32_t frames) const noexcept {
+  const std::less<const float*> isBefore;
+  for (std::size_t c = 0; c < out_.size(); ++c) {
+    const bool isSame = static_cast<int32_t>(c) == channel && out_[c] == samples;
+    if (!isSame && isBefore(samples, out_[c] + frames) && isBefore(out_[c], samples + frames)) return true;
+  }
+  return false;
+}
+
 // Points in_ to the input, with what is not finite replaced by 0.
 void EffectRunner::TakeInput(const float* const* in, int32_t start, int32_t frames) {
   bool isSilent = true;
   for (int32_t c = 0; c < channels_; ++c) {
     const float* const samples = in && in[c] ? in[c] + start : nullptr;
     isSilent = isSilent && (!samples || IsSilent(samples, frames));
-    const bool isClean = samples && (isSilent || IsFinite(samples, frames));
+    const bool isClean =
+        samples && (isSilent || IsFinite(samples, frames)) && !IsOverwritten(samples, c, frames);
     in_[static_cast<std::size_t>(c)] = isClean ? samples : CopyClean(samples, frames, GetPlane(clean_, c));
   }
   WatchSilence(isSilent, frames);

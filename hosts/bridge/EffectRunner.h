@@ -29,8 +29,8 @@ class EffectRunner {
   // The samples by which out is behind in, bypassed or not.
   int32_t GetLatency() const noexcept { return latency_; }
 
-  // Reads in[c] and overwrites out[c], which may be the same, from `start` on; at most the frames of Prepare.
-  // A null channel of `in`, or no `in` at all, is silence.
+  // Reads in[c] and overwrites out[c], which may be any channel of `in`, from `start` on; at most the frames
+  // of Prepare. A null channel of `in`, or no `in` at all, is silence.
   void Process(const float* const* in, float* const* out, int32_t start, int32_t frames);
   // Whether the input is silence by now, and nothing is left in the effect.
   bool IsQuiet() const noexcept { return isQuiet_; }
@@ -49,6 +49,7 @@ class EffectRunner {
     return planes.data() + static_cast<std::size_t>(channel) * static_cast<std::size_t>(mostFrames_);
   }
   int32_t GetPieceEnd() const noexcept;
+  bool IsOverwritten(const float* samples, int32_t channel, int32_t frames) const noexcept;
   void TakeInput(const float* const* in, int32_t start, int32_t frames);
   void RunPiece(int32_t frames);
   void KeepDry(int32_t frames) noexcept;

@@ -24,7 +24,8 @@ MString ExactText(double value) {
 bool IsWhole(std::string_view text) noexcept {
   text = text.substr(0, text.find_last_not_of(" \t\r\n") + 1);
   if (text.ends_with("</state>")) return true;
-  return text.ends_with("/>") && text.substr(text.rfind('<')).starts_with("<state");
+  const std::size_t last = text.rfind('<');
+  return last != text.npos && text.ends_with("/>") && text.substr(last).starts_with("<state");
 }
 
 // Gives an attribute that holds the value with four decimals the whole of it.

@@ -1,6 +1,7 @@
 #pragma once
 #include <atomic>
 #include <chrono>
+#include <mutex>
 #include <thread>
 
 namespace bridge {
@@ -21,10 +22,13 @@ class Turn {
   std::atomic<bool> isTaken_ = false;
 };
 
-// A turn of the host's, as long as it lives. [host]
+// A turn, as long as it lives.
 class TurnTaker {
  public:
+  // [host]
   explicit TurnTaker(Turn& turn) noexcept : turn_(turn) { turn_.Take(); }
+  // One that TryTake has taken. [audio]
+  TurnTaker(Turn& turn, std::adopt_lock_t) noexcept : turn_(turn) {}
   TurnTaker(const TurnTaker&) = delete;
   TurnTaker& operator=(const TurnTaker&) = delete;
   ~TurnTaker() { turn_.Give(); }

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "core/MException.h"
+#include "hosts/bridge/BlockCheck.h"
 
 namespace bridge {
 
@@ -31,7 +32,6 @@ void Voices::Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames) {
   block_.resize(static_cast<std::size_t>(channels));
   for (std::size_t c = 0; c < block_.size(); ++c)
     block_[c] = samples_.data() + c * static_cast<std::size_t>(mostFrames);
-  isPedalDown_ = {};
   instrument_.PrepareStreams(channels, sampleRate);
 }
 
@@ -85,33 +85,36 @@ int64_t Voices::Press(int32_t channel, int32_t key, double volume) {
   return voice.number;
 }
 
-// One of the sounding voices begins to fade where there are as many as may be.
-void Voices::MakeRoom() {
-  Voice* quietest = nullptr;
-  int32_t sounding = 0;
-  for (Voice& voice : voices_) {
-    if (!IsSounding(voice)) continue;
-    ++sounding;
-    if (!quietest || voice.level < quietest->level ||
-        (voice.level == quietest->level && voice.number < quietest->number))
-      quietest = &voice;
-  }
-  if (sounding >= kMost) Fade(*quietest, kGiveWaySeconds);
+// Released ones first: their keys are up.
+bool Voices::IsLess(const Voice& a, const Voice& b) noexcept {
+  if (IsSounding(a) != IsSounding(b)) return IsSounding(b);
+  return a.level != b.level ? a.level < b.level : a.number < b.number;
 }
 
-// A free place, if need be that of the voice that has faded most.
+// One of the voices begins to fade away where there are as many as may be.
+void Voices::MakeRoom() {
+  Voice* least = nullptr;
+  int32_t count = 0;
+  for (Voice& voice : voices_) {
+    if (voice.state == State::kFree || voice.state == State::kGivingWay) continue;
+    ++count;
+    if (!least || IsLess(voice, *least)) least = &voice;
+  }
+  if (count >= kMost) GiveWay(*least);
+}
+
+// A free place, if need be that of the voice that has faded most of those that give way.
 Voices::Voice& Voices::FindPlace() {
   Voice* best = nullptr;
   for (Voice& voice : voices_) {
     if (voice.state == State::kFree) return voice;
-    if (voice.state == State::kFading && (!best || GetFade(voice) < GetFade(*best))) best = &voice;
+    if (voice.state == State::kGivingWay && (!best || GetFade(voice) < GetFade(*best))) best = &voice;
   }
   Close(*best);
   return *best;
 }
 
 void Voices::Release(int32_t channel, int32_t key) {
-  if (isOneShot_) return;
   Voice* oldest = nullptr;
   for (Voice& voice : voices_)
     if (voice.state == State::kPressed && voice.channel == channel && voice.key == key &&
@@ -121,7 +124,9 @@ void Voices::Release(int32_t channel, int32_t key) {
 }
 
 void Voices::LetGo(Voice& voice) {
-  if (isPedalDown_[static_cast<std::size_t>(voice.channel & kLastChannel)])
+  if (isOneShot_)
+    voice.state = State::kRinging;
+  else if (isPedalDown_[static_cast<std::size_t>(voice.channel & kLastChannel)])
     voice.state = State::kHeldByPedal;
   else
     Fade(voice, releaseSeconds_);
@@ -129,20 +134,12 @@ void Voices::LetGo(Voice& voice) {
 
 void Voices::ReleaseNote(int64_t number) {
   for (Voice& voice : voices_)
-    if (voice.state == State::kPressed && voice.number == number && !isOneShot_) LetGo(voice);
+    if (voice.state == State::kPressed && voice.number == number) LetGo(voice);
 }
 
-// A note that fades goes on from the gain that it has, along a steeper line.
 void Voices::ChokeNote(int64_t number) {
-  for (Voice& voice : voices_) {
-    if (voice.state == State::kFree || voice.number != number) continue;
-    const double gain = voice.state == State::kFading ? GetFade(voice) : 1;
-    const int32_t left = voice.state == State::kFading ? voice.fadeLeft : std::numeric_limits<int32_t>::max();
-    Fade(voice, kGiveWaySeconds);
-    if (voice.state == State::kFree) continue;
-    voice.fadeLeft = std::min(voice.fadeLeft, left);
-    voice.fadeFrames = static_cast<int32_t>(std::min(std::round(voice.fadeLeft / gain), kMostFadeFrames));
-  }
+  for (Voice& voice : voices_)
+    if (voice.state != State::kFree && voice.number == number) GiveWay(voice);
 }
 
 bool Voices::HasNote(int64_t number) const noexcept {
@@ -155,20 +152,22 @@ void Voices::SetPedal(int32_t channel, bool isDown) {
   isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = isDown;
   if (isDown) return;
   for (Voice& voice : voices_)
-    if (voice.state == State::kHeldByPedal && voice.channel == channel) Fade(voice, releaseSeconds_);
+    if (voice.state == State::kHeldByPedal && voice.channel == channel) LetGo(voice);
 }
 
 void Voices::ReleaseAll(int32_t channel) {
   isPedalDown_[static_cast<std::size_t>(channel & kLastChannel)] = false;
-  if (!isOneShot_) Silence(channel);
+  for (Voice& voice : voices_)
+    if (IsSounding(voice) && voice.channel == channel) LetGo(voice);
 }
 
 void Voices::Silence(int32_t channel) {
   for (Voice& voice : voices_)
-    if (IsSounding(voice) && voice.channel == channel) Fade(voice, releaseSeconds_);
+    if (voice.state != State::kFree && voice.channel == channel) GiveWay(voice);
 }
 
 void Voices::Cut() {
+  isPedalDown_ = {};
   for (Voice& voice : voices_)
     if (voice.state != State::kFree) Close(voice);
 }
@@ -176,8 +175,19 @@ void Voices::Cut() {
 void Voices::Fade(Voice& voice, double seconds) {
   const double frames = std::min(std::floor(seconds * sampleRate_), kMostFadeFrames);
   if (!(frames >= 1)) return Close(voice);
-  voice.state = State::kFading;
+  voice.state = State::kReleased;
   voice.fadeFrames = voice.fadeLeft = static_cast<int32_t>(frames);
+}
+
+// A voice that fades goes on from the gain that it has, along a steeper line.
+void Voices::GiveWay(Voice& voice) {
+  const double gain = IsFading(voice) ? GetFade(voice) : 1;
+  const int32_t left = IsFading(voice) ? voice.fadeLeft : std::numeric_limits<int32_t>::max();
+  Fade(voice, kGiveWaySeconds);
+  if (voice.state == State::kFree) return;
+  voice.state = State::kGivingWay;
+  voice.fadeLeft = std::min(voice.fadeLeft, left);
+  voice.fadeFrames = static_cast<int32_t>(std::min(std::round(voice.fadeLeft / gain), kMostFadeFrames));
 }
 
 void Voices::Close(Voice& voice) {
@@ -196,17 +206,8 @@ void Voices::Process(float* const* out, int32_t frames) {
 
 void Voices::Mix(Voice& voice, float* const* out, int32_t frames) {
   const int32_t result = instrument_.ComputeStream(voice.stream, block_.data(), frames);
-  const bool isFading = voice.state == State::kFading;
-  if (result != MStreamResult::kNotStarted) {
-    voice.level = 0;
-    for (std::size_t c = 0; c < block_.size(); ++c) {
-      if (isFading) FadeBlock(voice, block_[c], frames);
-      for (int32_t i = 0; i < frames; ++i) {
-        out[c][i] += block_[c][i];
-        voice.level = std::max(voice.level, std::abs(block_[c][i]));
-      }
-    }
-  }
+  const bool isFading = IsFading(voice);
+  if (result != MStreamResult::kNotStarted) Add(voice, out, frames);
   const int32_t heard = isFading ? std::min(voice.fadeLeft, frames) : frames;
   if (isFading) voice.fadeLeft -= heard;
   const bool isEnded = result == MStreamResult::kEnded;
@@ -214,6 +215,18 @@ void Voices::Mix(Voice& voice, float* const* out, int32_t frames) {
   if (!isEnded && !(isFading && voice.fadeLeft == 0)) return;
   soundEnd_ = std::max(soundEnd_, heard);
   Close(voice);
+}
+
+void Voices::Add(Voice& voice, float* const* out, int32_t frames) noexcept {
+  voice.level = 0;
+  for (std::size_t c = 0; c < block_.size(); ++c) {
+    if (!IsFinite(block_[c], frames)) continue;
+    if (IsFading(voice)) FadeBlock(voice, block_[c], frames);
+    for (int32_t i = 0; i < frames; ++i) {
+      out[c][i] += block_[c][i];
+      voice.level = std::max(voice.level, std::abs(block_[c][i]));
+    }
+  }
 }
 
 // The last frame of a fade has the gain 0.

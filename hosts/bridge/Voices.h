@@ -10,8 +10,9 @@
 namespace bridge {
 
 // Plays an instrument by keys: a voice is one of its streams, made at the note's beginning and closed when it
-// has ended or its key's release has faded it out. At most kMost voices sound; one more takes the place of
-// the quietest, of equally quiet ones of the oldest, which fades out in a few milliseconds.
+// has ended or its key's release has faded it out. At most kMost voices sound, those that are released
+// too; one more takes the place of the quietest of these or, without one, of the others, of equally quiet
+// ones of the oldest, which fades out in a few milliseconds.
 //
 // Notes and controls take effect where the next block begins: split a block at each of them. All of it is
 // [audio] but the constructor and Prepare; making and closing a stream allocates in the plug-in.
@@ -31,7 +32,7 @@ class Voices {
   void Prepare(int32_t channels, int32_t sampleRate, int32_t mostFrames);
   // How long a released voice fades, linearly; 0 and more.
   void SetRelease(double seconds) noexcept { releaseSeconds_ = seconds; }
-  // Whether voices ring out, whatever becomes of their keys.
+  // Whether voices ring out that are released from now on.
   void SetOneShot(bool isOneShot) noexcept { isOneShot_ = isOneShot; }
   // Whether a note may wait for what it plays to be read, as it may offline: then the first note of each
   // volume is announced by a stream of its own and begins when everything is read. Not for audio threads.
@@ -58,12 +59,13 @@ class Voices {
   void SetPedal(int32_t channel, bool isDown);
   // All keys and the pedal of a channel go up.
   void ReleaseAll(int32_t channel);
-  // Ends the notes of a channel, those that ring out too.
+  // Ends the notes of a channel in a few milliseconds, also those that ring out or fade.
   void Silence(int32_t channel);
-  // Closes all voices at once.
+  // Closes all voices at once; all pedals go up.
   void Cut();
 
-  // Overwrites out[c][0] to out[c][frames - 1] with the sum of all voices; at most the frames of Prepare.
+  // Overwrites out[c][0] to out[c][frames - 1] with the sum of all voices; at most the frames of Prepare. A
+  // channel of a voice that is not finite is silent in that block.
   void Process(float* const* out, int32_t frames);
   // The notes whose stream ended by itself in the last block.
   std::span<const int64_t> GetEnded() const noexcept {
@@ -79,7 +81,7 @@ class Voices {
   static constexpr int32_t kLastChannel = kChannels - 1;
   static constexpr int32_t kPlaces = 2 * kMost;  // those that give way fade in places of their own
 
-  enum class State { kFree, kPressed, kHeldByPedal, kFading };
+  enum class State { kFree, kPressed, kHeldByPedal, kRinging, kReleased, kGivingWay };
   struct Voice {
     State state = State::kFree;
     MWord stream = 0;
@@ -92,16 +94,24 @@ class Voices {
   };
 
   static bool IsSounding(const Voice& voice) noexcept {
-    return voice.state == State::kPressed || voice.state == State::kHeldByPedal;
+    return voice.state == State::kPressed || voice.state == State::kHeldByPedal ||
+           voice.state == State::kRinging;
   }
+  static bool IsFading(const Voice& voice) noexcept {
+    return voice.state == State::kReleased || voice.state == State::kGivingWay;
+  }
+  // Whether the first is to give way before the second.
+  static bool IsLess(const Voice& a, const Voice& b) noexcept;
   static double GetFade(const Voice& voice) noexcept { return double(voice.fadeLeft) / voice.fadeFrames; }
   void FinishLoading(double volume);
   void MakeRoom();
   Voice& FindPlace();
   void LetGo(Voice& voice);
   void Fade(Voice& voice, double seconds);
+  void GiveWay(Voice& voice);
   void Close(Voice& voice);
   void Mix(Voice& voice, float* const* out, int32_t frames);
+  void Add(Voice& voice, float* const* out, int32_t frames) noexcept;
   static void FadeBlock(const Voice& voice, float* samples, int32_t frames) noexcept;
 
   Plugin& instrument_;

@@ -71,7 +71,7 @@ uint32_t Instance::GetLatency() const noexcept {
 }
 
 uint32_t Instance::GetTail() {
-  if (std::this_thread::get_id() == mainThread_) MeasureTail();
+  if (IsInstrument() || std::this_thread::get_id() == mainThread_) MeasureTail();
   return tail_;
 }
 
@@ -84,10 +84,16 @@ void Instance::MeasureTail() {
   if (tail_.exchange(samples) != samples) isTailNew_ = true;
 }
 
-// While a parameter moves nothing is measured; hosts that cannot be told ask when they want to know.
+// While a parameter moves nothing is measured; hosts that cannot be told ask when they want to know. What an
+// instrument has needs no measuring.
 void Instance::FollowTail() noexcept {
   if (!host_.HearsTail()) return;
-  if (!hasChanged_ && isTailOld_.load(std::memory_order_relaxed) && isTailOld_.exchange(false)) Ask(kTail);
+  if (!hasChanged_ && isTailOld_.load(std::memory_order_relaxed) && isTailOld_.exchange(false)) {
+    if (IsInstrument())
+      MeasureTail();
+    else
+      Ask(kTail);
+  }
   if (isTailNew_.load(std::memory_order_relaxed) && isTailNew_.exchange(false)) host_.TellTail();
 }
 

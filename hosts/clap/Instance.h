@@ -39,7 +39,7 @@ class Instance final : private bridge::DawPlugin::Client {
   void SetChannels(int32_t channels) noexcept { channels_ = channels; }  // [main, not active]
   // While active that of the beginning, whatever it is by now: the host is asked to begin anew. [main]
   uint32_t GetLatency() const noexcept;
-  // Raises MException on the main thread, where it measures. [main, audio]
+  // Raises MException on the main thread, where it measures that of an effect. [main, audio]
   uint32_t GetTail();
   void SetOffline(bool isOffline) noexcept { wantsOffline_ = isOffline; }  // [main]
   void Save(const clap_ostream_t& stream);                                 // raises MException [main]

@@ -55,10 +55,13 @@ const bridge::DawParameter& At(Instance& instance, int32_t place) noexcept {
   return instance.GetPlugin().GetParameters()[static_cast<std::size_t>(place)];
 }
 
+// States may hold what lies outside of the range, or no number; hosts may not hear of that.
 bool CLAP_ABI GetValue(const clap_plugin_t* plugin, clap_id id, double* value) {
   return CallWith(plugin, id, [=](Instance& instance, int32_t place) {
     if (!value) return false;
-    *value = instance.GetPlugin().GetValue(place);
+    const bridge::ParameterRange range = bridge::GetRange(*At(instance, place).row);
+    const double kept = instance.GetPlugin().GetValue(place);
+    *value = std::isnan(kept) ? range.defaultValue : std::clamp(kept, range.minimum, range.maximum);
     return true;
   });
 }

@@ -38,7 +38,7 @@ clap_process_status Instance::Process(const clap_process_t& block) noexcept {
   RunEvents(block.in_events, frames, IsActive());
   plugin_.End();
   notes_.TellEnds(block.out_events, block.frames_count);
-  if (!IsInstrument()) FollowTail();
+  FollowTail();
   if (!hasBuffers || !IsActive()) return CLAP_PROCESS_ERROR;
   return plugin_.IsQuiet() ? CLAP_PROCESS_SLEEP : CLAP_PROCESS_CONTINUE;
 }

@@ -67,7 +67,11 @@ Instance::Instance(const Class& type)
 }
 
 Instance::~Instance() {
-  Terminate();
+  try {
+    Terminate();
+  } catch (...) {
+    // Nobody is left who could hear of it.
+  }
 }
 
 v3_result Instance::QueryInterface(const uint8_t* id, void** object) {

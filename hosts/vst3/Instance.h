@@ -142,6 +142,7 @@ class Instance final : bridge::DawPlugin::Client {
   std::vector<const float*> in_;
   std::vector<float*> out_;
   std::vector<float> scratch_;  // planes for outputs that the host does not have
+  int32_t planeSize_ = 0;
 };
 
 }  // namespace vst3

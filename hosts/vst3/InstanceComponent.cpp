@@ -14,6 +14,7 @@ namespace vst3 {
 namespace {
 
 constexpr int32_t kMostChannels = 8;
+constexpr int32_t kMostScratchFrames = 1 << 16;
 constexpr double kHighestRate = 1 << 20;
 constexpr uint32_t kInfiniteTail = 0xFFFFFFFF;
 
@@ -120,7 +121,8 @@ void Instance::Activate() {
   const auto channels = static_cast<std::size_t>(std::popcount(GetArrangement(V3_OUTPUT)));
   in_.assign(channels, nullptr);
   out_.assign(channels, nullptr);
-  scratch_.assign(channels * static_cast<std::size_t>(setup_.max_block_size), 0.0f);
+  planeSize_ = std::min(setup_.max_block_size, kMostScratchFrames);
+  scratch_.assign(channels * static_cast<std::size_t>(planeSize_), 0.0f);
   plugin_.SetOffline(setup_.process_mode == V3_OFFLINE);
   plugin_.Activate(static_cast<int32_t>(channels), static_cast<int32_t>(std::lround(setup_.sample_rate)),
                    setup_.max_block_size);
@@ -139,7 +141,7 @@ uint32_t Instance::GetLatencySamples() {
 
 // Some hosts ask on their audio thread, where nothing can be measured.
 uint32_t Instance::GetTailSamples() {
-  if (IsAudioThread()) return tail_;
+  if (IsAudioThread() && !plugin_.IsInstrument()) return tail_;
   const int64_t tail = plugin_.GetTail();
   tail_ = tail == bridge::kEndlessTail
               ? kInfiniteTail

@@ -53,12 +53,11 @@ bool Instance::ConnectBuffers(const v3_process_data& data, int32_t frames) noexc
   const bool hasIn = data.inputs && data.num_input_buses > 0 && areBusesActive_[V3_AUDIO][V3_INPUT];
   const v3_audio_bus_buffers* const in = hasIn ? data.inputs : nullptr;
   const v3_audio_bus_buffers* const out = data.num_output_buses > 0 ? data.outputs : nullptr;
-  const auto planeSize = static_cast<std::size_t>(setup_.max_block_size);
   for (std::size_t c = 0; c < out_.size(); ++c) {
     in_[c] = GetChannel(in, static_cast<int32_t>(c));
     out_[c] = GetChannel(out, static_cast<int32_t>(c));
-    if (!out_[c] && frames > setup_.max_block_size) return false;
-    if (!out_[c]) out_[c] = scratch_.data() + c * planeSize;
+    if (!out_[c] && frames > planeSize_) return false;
+    if (!out_[c]) out_[c] = scratch_.data() + c * static_cast<std::size_t>(planeSize_);
   }
   return true;
 }
@@ -77,10 +76,12 @@ void Instance::PlayChanges() noexcept {
 void Instance::PlayEvent(const v3_event& event) noexcept {
   const std::optional<bridge::NoteEvent> note = ReadEvent(event);
   if (!note) return;
-  const int64_t ended = event.type == V3_EVENT_NOTE_OFF ? noteIds_.Find(event.note_off.note_id) : -1;
+  const bool isOff = event.type == V3_EVENT_NOTE_OFF;
+  const int64_t ended = isOff ? noteIds_.End(event.note_off.note_id, note->channel, note->key) : -1;
   if (ended >= 0) return plugin_.ReleaseNote(ended);
   const int64_t begun = plugin_.Play(*note);
-  if (begun >= 0 && event.note_on.note_id >= 0) noteIds_.Keep(event.note_on.note_id, begun);
+  if (begun >= 0 && event.note_on.note_id >= 0)
+    noteIds_.Keep(event.note_on.note_id, note->channel, note->key, begun);
 }
 
 void Instance::PlayPoint(Target target, double value) noexcept {

@@ -4,17 +4,26 @@
 
 namespace vst3 {
 
-// The last notes that a host has begun under ids of its own. [audio]
+// The last notes that a host has begun under ids of its own. Some hosts give all notes the same one, so the
+// channel and the key count as well. [audio]
 class NoteIds {
  public:
-  void Keep(int32_t id, int64_t number) noexcept { notes_[next_++ % kMost] = {id, number}; }
+  void Keep(int32_t id, int32_t channel, int32_t key, int64_t number) noexcept {
+    notes_[next_++ % kMost] = {id, channel, key, number, false};
+  }
 
-  // The number of the newest note of that id, -1 for none.
-  int64_t Find(int32_t id) const noexcept {
-    int64_t newest = -1;
-    for (const Note& note : notes_)
-      if (id >= 0 && note.id == id && note.number > newest) newest = note.number;
-    return newest;
+  // The number of the newest note of these that is not ended, or else of the newest at all; -1 for none. It
+  // counts as ended.
+  int64_t End(int32_t id, int32_t channel, int32_t key) noexcept {
+    Note* best = nullptr;
+    for (Note& note : notes_)
+      if (id >= 0 && note.id == id && note.channel == channel && note.key == key &&
+          (!best || note.isEnded < best->isEnded ||
+           (note.isEnded == best->isEnded && note.number > best->number)))
+        best = &note;
+    if (!best) return -1;
+    best->isEnded = true;
+    return best->number;
   }
 
  private:
@@ -22,7 +31,10 @@ class NoteIds {
 
   struct Note {
     int32_t id = -1;
+    int32_t channel = 0;
+    int32_t key = 0;
     int64_t number = -1;
+    bool isEnded = false;
   };
   std::array<Note, kMost> notes_ = {};
   std::size_t next_ = 0;

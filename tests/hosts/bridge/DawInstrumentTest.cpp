@@ -70,6 +70,26 @@ TEST_F(DawInstrument, AResetCutsAllNotes) {
   EXPECT_EQ(FakeInstrument::openStreams, 0);
 }
 
+TEST_F(DawInstrument, AResetLiftsThePedal) {
+  plugin_.Play({NoteEvent::Kind::kPedal, 0, 0, 0, true});
+  plugin_.Reset();
+  AudioBlock out(1, 21);
+  plugin_.Begin(nullptr, out.From(), 21);
+  plugin_.Play(kPress);
+  plugin_.Play(kRelease);
+  plugin_.End();
+  EXPECT_TRUE(plugin_.IsQuiet());
+}
+
+TEST_F(DawInstrument, GoesAwayAlsoWhereItsNotesCannotBeEnded) {
+  plugin_.Play(kPress);
+  plugin_.Play(kPress);
+  FakeInstrument::failsToClose = true;
+  EXPECT_NO_THROW(plugin_.Deactivate());
+  EXPECT_FALSE(plugin_.IsActive());
+  FakeInstrument::failsToClose = false;
+}
+
 TEST_F(DawInstrument, PlaysNothingBeforeItIsActive) {
   plugin_.Deactivate();
   EXPECT_EQ(plugin_.Play(kPress), -1);
@@ -89,6 +109,69 @@ TEST_F(DawInstrument, OfflineTheFirstNoteOfAVolumeWaitsForWhatItPlays) {
   EXPECT_THAT(notes,
               testing::ElementsAre("command FinishLoading", "create 0", "close", "command FinishLoading",
                                    "create 0", "create 0", "compute 10", "compute 10"));
+}
+
+TEST_F(DawInstrument, OfflineANoteWaitsAgainWhereTheHostHasChangedWhatItPlays) {
+  int32_t waits = 0;
+  FakeInstrument::loadingResult = 0;
+  FakeInstrument::note = [&](const std::string& text) { waits += text == "command FinishLoading"; };
+  plugin_.SetOffline(true);
+  AudioBlock out(1, 10);
+  const auto play = [&] {
+    waits = 0;
+    plugin_.Begin(nullptr, out.From(), 10);
+    plugin_.Play(kPress);
+    plugin_.End();
+    return waits;
+  };
+  EXPECT_EQ(play(), 2);
+  EXPECT_EQ(play(), 0);
+  plugin_.Command("ImportSample");
+  EXPECT_EQ(play(), 2);
+  plugin_.LoadState("<state/>");
+  EXPECT_EQ(play(), 2);
+}
+
+int32_t loadsFinished = 0, rowsTold = 0;
+
+MWord M_CALL CountingLayerbox(void* instance, int32_t service, MServiceArguments* arguments) {
+  if (service == MService::kParameterChanged) ++rowsTold;
+  const auto* const name =
+      service == MService::kCommand ? MAsAddress<const char>(arguments->slot[0].value) : "";
+  if (std::string_view(name) == "FinishLoading") ++loadsFinished;
+  return FindType("Layerbox").entryPoint(instance, service, arguments);
+}
+
+TEST(DawInstrumentRows, ThatTheHostSetsOfflineMakeTheNextNoteWait) {
+  bridge::PluginType type = FindType("Layerbox");
+  type.entryPoint = CountingLayerbox;
+  DawPluginUnderTest plugin(type);
+  plugin.SetOffline(true);
+  plugin.Start();
+  AudioBlock out(2, 64);
+  for (const bool isChanged : {false, false, true}) {
+    const int32_t before = loadsFinished;
+    if (isChanged) plugin.SetValue(plugin.Find("maxlength"), 5);
+    plugin.Begin(nullptr, out.From(), 64);
+    plugin.Play(kPress);
+    plugin.End();
+    EXPECT_EQ(loadsFinished > before, before == 0 || isChanged);
+  }
+}
+
+TEST(DawInstrumentRows, ThatNoThreadHasToldAreToldInTheFirstBlockOffline) {
+  bridge::PluginType type = FindType("Layerbox");
+  type.entryPoint = CountingLayerbox;
+  DawPluginUnderTest plugin(type);
+  plugin.Start();
+  rowsTold = 0;
+  plugin.AnswerWithChange(AudioBlock(2, 64), 0, plugin.Find("maxlength"), 5);
+  EXPECT_EQ(rowsTold, 0);
+  plugin.SetOffline(true);
+  plugin.Answer(AudioBlock(2, 64), 64);
+  EXPECT_EQ(rowsTold, 1);
+  plugin.Answer(AudioBlock(2, 64), 64);
+  EXPECT_EQ(rowsTold, 1);
 }
 
 // Rows of an instrument may have files read: Layerbox reads its file again for another maximal length.

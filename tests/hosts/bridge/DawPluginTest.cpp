@@ -4,7 +4,6 @@
 
 #include "core/MException.h"
 #include "hosts/bridge/Parameters.h"
-#include "hosts/bridge/TailProbe.h"
 #include "tests/hosts/FakePlugin.h"
 #include "tests/hosts/bridge/DawPluginUnderTest.h"
 
@@ -20,14 +19,6 @@ AudioBlock Bare(const bridge::PluginType& type, AudioBlock signal, int32_t size)
   for (int32_t done = 0; done < signal.GetLength(); done += size)
     plugin.Process(signal.From(done), out.From(done), std::min(size, signal.GetLength() - done));
   return out;
-}
-
-// An effect that never falls silent.
-MWord M_CALL EndlessEffect(void* instance, int32_t service, MServiceArguments* arguments) {
-  const MWord result = FakePlugin::EntryPoint(instance, service, arguments);
-  if (service == MService::kPublicBlock)
-    MAsAddress<MPluginPublicBlock>(result)->parameters[FakePlugin::kTail].integer.value = 100000000;
-  return result;
 }
 
 TEST(DawPlugin, SoundsAsThePluginByItself) {
@@ -113,6 +104,22 @@ TEST(DawPlugin, IsSilentWhereThePluginFails) {
   EXPECT_TRUE(block.IsZero());
 }
 
+TEST(DawPlugin, AResetThatFailsIsTriedAgainAndKeepsNobodyWaiting) {
+  DawPluginUnderTest plugin(GetFakeType(bridge::PluginKind::kEffect, FakePlugin::EntryPoint));
+  plugin.Start(1);
+  AudioBlock block = AudioBlock::Constant(1, 100, 1);
+  for (const int32_t service : {MService::kPrepare, MService::kProcess}) {
+    FakePlugin::raisingService = service;
+    plugin.Reset();
+    EXPECT_TRUE(plugin.Answer(block, 100).IsZero());
+    FakePlugin::raisingService = FakePlugin::kNever;
+    plugin.SetValue(plugin.Find("gain"), 1);
+    FakePlugin::notes.clear();
+    EXPECT_FALSE(plugin.Answer(block, 100).IsZero());
+    EXPECT_EQ(FakePlugin::notes[0], "prepare 1 48000");
+  }
+}
+
 TEST(DawPlugin, IsSilentBeforeItIsActive) {
   DawPluginUnderTest plugin("Echolan");
   plugin.Start(1);
@@ -154,8 +161,9 @@ TEST(DawPlugin, RefusesForeignAndBrokenStatesAndStaysAsItWas) {
   DawPluginUnderTest plugin("Echolan");
   plugin.SetValue(plugin.Find("feedback"), 0.3);
   const std::string before = plugin.SaveState();
-  for (const char* const text : {"", "no state", "<state plugin=\"Clampet\"/>", "<state", "\xFF\xFE",
-                                 "<preset/>", "<state plugin=\"Echolan\">", "<state><part/>"})
+  for (const char* const text :
+       {"", "no state", "<state plugin=\"Clampet\"/>", "<state", "\xFF\xFE", "<preset/>",
+        "<state plugin=\"Echolan\">", "<state><part/>", "/>", "state/>"})
     EXPECT_THROW(plugin.LoadState(text), MException) << text;
   EXPECT_EQ(plugin.SaveState(), before);
 }
@@ -167,29 +175,20 @@ TEST(DawPlugin, HasTheLatencyOfItsEffectAndTellsOfAnother) {
   EXPECT_EQ(fixed.GetLatency(), fixed.GetPlugin().GetLatency());
   EXPECT_GT(fixed.GetLatency(), 0);
   EXPECT_EQ(fixed.latencies, 0);
+  DawPluginUnderTest moving("Quaverly");
+  moving.Start();
+  const int32_t before = moving.GetLatency();
+  moving.AnswerWithChange(AudioBlock(2, 100), 50, moving.Find("depth"), 1);
+  EXPECT_GT(moving.GetLatency(), before);
+  EXPECT_EQ(moving.GetLatency(), moving.GetPlugin().GetLatency());
+  EXPECT_EQ(moving.latencies, 1);
 }
 
-TEST(DawPlugin, MeasuresItsTail) {
+TEST(DawPlugin, NeedsNoMemoryForBlocksOfALengthThatNoHostHas) {
   DawPluginUnderTest plugin("Echolan");
-  EXPECT_EQ(plugin.GetTail(), 0) << "without a format";
-  plugin.Start();
-  plugin.SetValue(plugin.Find("delay"), 0.1);
-  plugin.SetValue(plugin.Find("feedback"), 0.5);
-  const int64_t tail = plugin.GetTail();
-  // Of the square of the feedback: 0.25^7 is the first power below 0.0001.
-  EXPECT_GE(tail, 6 * 4800);
-  EXPECT_LE(tail, 8 * 4800);
-  plugin.SetValue(plugin.Find("feedback"), 0);
-  EXPECT_LT(plugin.GetTail(), tail);
-  DawPluginUnderTest dry("Clampet");
-  dry.Start();
-  EXPECT_EQ(dry.GetTail(), 0);
-}
-
-TEST(DawPlugin, TellsThatATailIsEndless) {
-  DawPluginUnderTest plugin(GetFakeType(bridge::PluginKind::kEffect, EndlessEffect));
-  plugin.Start(1, 8000);
-  EXPECT_EQ(plugin.GetTail(), bridge::kEndlessTail);
+  plugin.Activate(2, 48000, 0x7FFFFFFF);
+  const AudioBlock signal = AudioBlock::Constant(2, 200000, 0.5);
+  EXPECT_TRUE(plugin.Answer(signal, 200000) == Bare(FindType("Echolan"), signal, 200000));
 }
 
 }  // namespace

@@ -188,6 +188,34 @@ TEST(EffectRunner, IsQuietWhenNothingIsLeft) {
   }
 }
 
+// Hosts may put an output where another channel's input is, and both inputs into one buffer.
+TEST(EffectRunner, AnOutputMayLieWhereAnyInputIs) {
+  TestRandom random;
+  const AudioBlock signal = AudioBlock::Noise(2, 3000, random);
+  AudioBlock twice = signal;
+  std::copy_n(signal[0], 3000, twice[1]);
+  for (const std::string& name : GetEffects()) {
+    SCOPED_TRACE(name);
+    DawPluginUnderTest apart(name), crossed(name), mono(name), shared(name);
+    for (DawPluginUnderTest* const each : {&apart, &crossed, &mono, &shared}) each->Start();
+    AudioBlock block = signal, spare(2, 3000);
+    const auto process = [](DawPluginUnderTest& plugin, const std::array<const float*, 2>& in,
+                            const std::array<float*, 2>& out) {
+      plugin.Begin(in.data(), out.data(), 3000);
+      plugin.End();
+    };
+    process(crossed, {block[0], block[1]}, {block[1], block[0]});
+    AudioBlock expected = apart.Answer(signal, 3000);
+    EXPECT_TRUE(std::equal(block[1], block[1] + 3000, expected[0]));
+    EXPECT_TRUE(std::equal(block[0], block[0] + 3000, expected[1]));
+    block = signal;
+    process(shared, {block[0], block[0]}, {block[0], spare[1]});
+    expected = mono.Answer(twice, 3000);
+    EXPECT_TRUE(std::equal(block[0], block[0] + 3000, expected[0]));
+    EXPECT_TRUE(std::equal(spare[1], spare[1] + 3000, expected[1]));
+  }
+}
+
 TEST(EffectRunner, WorksInPlaceAlsoWhileItFades) {
   TestRandom random;
   AudioBlock signal = AudioBlock::Noise(2, 3000, random);

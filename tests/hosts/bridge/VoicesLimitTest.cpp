@@ -53,6 +53,30 @@ TEST_F(VoicesLimitTest, ABurstOfNotesTakesThePlacesOfThoseThatFade) {
   EXPECT_EQ(Play(1)[0], 64.0f);
 }
 
+TEST_F(VoicesLimitTest, NotesThatAreReleasedForLongGiveWayWithoutAClick) {
+  voices_->SetRelease(10);
+  float last = 0;
+  for (int32_t i = 0; i < 300; ++i) {
+    voices_->Press(0, 60, 1);
+    voices_->Release(0, 60);
+    for (const float sample : Play(10)) {
+      ASSERT_GT(sample, last - 0.22f) << i;  // a voice that gives way, and 64 that fade slowly
+      last = sample;
+    }
+    ASSERT_LE(FakeInstrument::openStreams, Voices::kMost);
+  }
+}
+
+TEST_F(VoicesLimitTest, NotesThatAreReleasedGiveWayToAllThatArePressed) {
+  voices_->SetRelease(10);
+  voices_->Press(0, 99, 9);
+  for (int32_t i = 1; i < Voices::kMost; ++i) voices_->Press(0, i, 0.5);
+  Play(1);
+  voices_->Release(0, 99);
+  voices_->Press(0, 98, 0.5);
+  EXPECT_EQ(Play(6)[5], 0.5f * Voices::kMost);
+}
+
 TEST_F(VoicesLimitTest, ANoteThatIsNotMadeTakesNoOnesPlace) {
   PressAll([](int32_t) { return 1.0; });
   FakeInstrument::makesStreams = false;

@@ -161,18 +161,70 @@ TEST_F(VoicesTest, RingOutAsOneShotsWhateverBecomesOfTheirKeys) {
   EXPECT_EQ(Play(1)[0], 0.5f);
 }
 
-TEST_F(VoicesTest, CutEndsThemAtOnceAndSoDoesPrepare) {
+TEST_F(VoicesTest, ThatRingOutAreNotTakenForLaterNotesOfTheirKey) {
+  voices_->SetOneShot(true);
+  voices_->SetPedal(1, true);
   voices_->Press(0, 60, 1);
-  voices_->Cut();
-  EXPECT_TRUE(voices_->IsSilent());
-  EXPECT_EQ(FakeInstrument::openStreams, 0);
+  voices_->Press(1, 60, 2);
+  voices_->Release(0, 60);
+  voices_->SetPedal(1, false);
+  voices_->ReleaseAll(1);
+  voices_->SetOneShot(false);
+  for (const int32_t channel : {0, 1}) {
+    voices_->Press(channel, 60, 0.5);
+    voices_->Release(channel, 60);
+    Play(kReleaseFrames);
+    EXPECT_EQ(Play(1)[0], 3.0f);
+  }
+}
+
+TEST_F(VoicesTest, RingOutAlsoWhereThePedalGoesUpLater) {
   voices_->SetPedal(0, true);
   voices_->Press(0, 60, 1);
-  voices_->Prepare(1, kRate, 16);
-  EXPECT_EQ(FakeInstrument::openStreams, 0);
+  voices_->Release(0, 60);
+  voices_->SetOneShot(true);
+  voices_->SetPedal(0, false);
+  Play(kReleaseFrames);
+  EXPECT_EQ(Play(1)[0], 1.0f);
+  voices_->SetOneShot(false);
+  voices_->ReleaseAll(0);
+  Play(kReleaseFrames);
+  EXPECT_EQ(Play(1)[0], 0.0f);
+}
+
+TEST_F(VoicesTest, FallSilentAtOnceHoweverLongTheyFade) {
+  voices_->SetRelease(10);
   voices_->Press(0, 60, 1);
-  voices_->Release(0, 60);  // Prepare let the pedal go
-  EXPECT_EQ(Play(1)[0], 0.95f);
+  voices_->Press(0, 61, 1);
+  voices_->Press(1, 60, 0.25);
+  voices_->Release(0, 60);
+  voices_->Silence(0);
+  EXPECT_GT(Play(1)[0], 1.25f);
+  EXPECT_EQ(Play(5)[4], 0.25f);
+}
+
+TEST_F(VoicesTest, CutEndsThemAtOnceAndLiftsThePedalAndSoDoesPrepare) {
+  for (const bool isCut : {true, false}) {
+    voices_->SetPedal(0, true);
+    voices_->Press(0, 60, 1);
+    if (isCut)
+      voices_->Cut();
+    else
+      voices_->Prepare(1, kRate, 16);
+    EXPECT_TRUE(voices_->IsSilent());
+    EXPECT_EQ(FakeInstrument::openStreams, 0);
+    voices_->Press(0, 60, 1);
+    voices_->Release(0, 60);
+    EXPECT_EQ(Play(1)[0], 0.95f);
+  }
+}
+
+TEST_F(VoicesTest, GiveNothingThatIsNotFinite) {
+  FakeInstrument::wave = [](int32_t frame) { return frame == 2 ? NAN : frame == 5 ? INFINITY : 1.0; };
+  voices_->Press(0, 60, 0.5);
+  EXPECT_THAT(Play(4), Each(0.0f));
+  EXPECT_THAT(Play(4), Each(0.0f));
+  EXPECT_THAT(Play(4), Each(0.5f));
 }
 
 TEST_F(VoicesTest, BlocksOfAnySizesGiveTheSameSound) {

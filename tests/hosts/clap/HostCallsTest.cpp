@@ -79,9 +79,31 @@ TEST_P(ClapSuite, TailsAreMeasuredBeforeAndWhileThePluginIsActive) {
   EXPECT_EQ(GetTail(plugin_), 0u);
   plugin_.Activate(22050);
   if (plugin_.IsInstrument()) {
-    EXPECT_EQ(GetTail(plugin_), 0u);
+    EXPECT_EQ(GetTail(plugin_), 441u) << "the release";
   }
   EXPECT_GE(GetTail(plugin_), GetLatency(plugin_));
+}
+
+TEST(ClapTail, OfAnInstrumentIsToldWithoutTheMainThread) {
+  TestHost host;
+  ClapPlugin plugin("com.sonvelle.toneloom4nn", host);
+  plugin.Activate();
+  plugin.Run(AudioBlock(2, 64));
+  host.callbacks = host.tails = 0;
+  plugin.Run(AudioBlock(2, 64), {SetAt(0, plugin.GetParameter("Release"), 10)});
+  plugin.Run(AudioBlock(2, 64));
+  EXPECT_EQ(host.tails, 1);
+  uint32_t tail = 0;
+  std::thread([&] { tail = GetTail(plugin); }).join();
+  EXPECT_EQ(tail, 480000u);
+}
+
+TEST(ClapTail, ThatNeverEndsIsTheMost) {
+  TestHost host;
+  ClapPlugin plugin("com.sonvelle.echolan", host);
+  EXPECT_TRUE(plugin.LoadState(R"(<state parameterfeedback="1.0000"/>)"));
+  plugin.Activate(8000);
+  EXPECT_GE(GetTail(plugin), 0x7FFFFFFFu);
 }
 
 TEST_P(ClapSuite, LoadedValuesAreToldOnceOnTheMainThread) {
@@ -107,12 +129,36 @@ TEST(ClapWork, OfAnInstrumentWaitsForTheMainThread) {
   EXPECT_EQ(host.callbacks, 1);
 }
 
+TEST(ClapWork, IsDoneAtOnceOffline) {
+  TestHost host;
+  ClapPlugin plugin("com.sonvelle.playbox", host);
+  plugin.Activate();
+  const auto* const render = plugin.Find<sonvelle_clap_plugin_render_t>(SONVELLE_CLAP_EXT_RENDER);
+  EXPECT_TRUE(render->set(plugin.Get(), SONVELLE_CLAP_RENDER_OFFLINE));
+  plugin.Run(AudioBlock(2, 64), {SetAt(5, plugin.GetParameter("Delay"), 0.1)});
+  EXPECT_EQ(host.callbacks, 0);
+  EXPECT_TRUE(render->set(plugin.Get(), SONVELLE_CLAP_RENDER_REALTIME));
+  plugin.Run(AudioBlock(2, 64), {SetAt(5, plugin.GetParameter("Delay"), 0.2)});
+  EXPECT_EQ(host.callbacks, 1);
+}
+
 // A release build has no time for that.
 #ifndef NDEBUG
 TEST(ClapThreadsDeathTest, DebugBuildsEndWhenTheMainThreadIsAnother) {
   TestHost host;
   const ClapPlugin plugin("com.sonvelle.echolan", host);
   EXPECT_DEATH(std::thread([&] { plugin->activate(plugin.Get(), 48000, 1, 64); }).join(), "is_main_thread");
+}
+
+TEST(ClapThreadsDeathTest, DebugBuildsEndWhenTheAudioThreadIsAnother) {
+  TestHost host;
+  const ClapPlugin plugin("com.sonvelle.echolan", host);
+  plugin.Activate();
+  host.isAudioAnywhere = false;
+  const clap_process_t block = {};
+  EXPECT_DEATH(plugin->process(plugin.Get(), &block), "is_audio_thread");
+  EXPECT_DEATH(plugin->reset(plugin.Get()), "is_audio_thread");
+  EXPECT_DEATH(plugin.Flush({}), "is_audio_thread");
 }
 #endif
 

@@ -1,3 +1,4 @@
+#include "hosts/bridge/DawParameters.h"
 #include "hosts/builtin/BuiltInPlugins.h"
 #include "tests/hosts/clap/TestHost.h"
 
@@ -47,18 +48,28 @@ TEST_P(ClapSuite, AStateThatCannotBeReadLeavesThePluginAsItWas) {
   TestRandom random;
   SetAllAtRandom(plugin_, random);
   const std::string text = plugin_.SaveState();
-  const std::vector<std::string> broken = {"",
-                                           "x",
-                                           std::string(5000, '\0'),
-                                           text.substr(0, text.size() / 2),
-                                           "<preset/>",
-                                           "<state plugin=\"Another\"/>",
-                                           "<state plugin=\"Another"};
+  const std::vector<std::string> broken = {
+      "",          "x",  std::string(5000, '\0'),       text.substr(0, text.size() / 2),
+      "<preset/>", "/>", "<state plugin=\"Another\"/>", "<state plugin=\"Another"};
   for (const std::string& each : broken) {
     EXPECT_FALSE(plugin_.LoadState(each)) << each;
     EXPECT_EQ(plugin_.SaveState(), text) << each;
   }
   EXPECT_EQ(host_.errors.size(), broken.size());
+}
+
+TEST_P(ClapSuite, AStateOutsideOfTheRangesShowsValuesWithinThem) {
+  for (const char* const number : {"nan", "inf", "-1e300", "99999999999999999999"}) {
+    std::string text = "<state";
+    for (const clap_param_info_t& each : plugin_.GetParameters())
+      text +=
+          " parameter" + static_cast<const bridge::DawParameter*>(each.cookie)->key + "=\"" + number + "\"";
+    EXPECT_TRUE(plugin_.LoadState(text + "/>"));
+    for (const clap_param_info_t& each : plugin_.GetParameters()) {
+      const double value = plugin_.GetValue(each);
+      EXPECT_TRUE(value >= each.min_value && value <= each.max_value) << each.name << ": " << value;
+    }
+  }
 }
 
 TEST_P(ClapSuite, StreamsThatFailAreRefused) {

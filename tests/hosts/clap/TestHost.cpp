@@ -14,10 +14,10 @@ const clap_host_params_t kParameters = {[](const clap_host_t* host, clap_param_r
                                         },
                                         nullptr, nullptr};
 const clap_host_latency_t kLatency = {[](const clap_host_t* host) { ++From(host).latencies; }};
-// The thread of the test is the main thread; any thread may be that of the audio.
+// The thread of the test is the main thread; any thread may be that of the audio, if one may be.
 const clap_host_thread_check_t kThreads = {
     [](const clap_host_t* host) { return std::this_thread::get_id() == From(host).mainThread_; },
-    [](const clap_host_t*) { return true; }};
+    [](const clap_host_t* host) { return From(host).isAudioAnywhere; }};
 const sonvelle_clap_host_tail_t kTail = {[](const clap_host_t* host) { ++From(host).tails; }};
 const sonvelle_clap_host_preset_load_t kPresets = {
     [](const clap_host_t* host, uint32_t, const char*, const char*, int32_t, const char* message) {

@@ -32,6 +32,7 @@ class TestHost {
   clap_host_t host_ = {};
   const bool hasExtensions_;
   const std::thread::id mainThread_ = std::this_thread::get_id();
+  bool isAudioAnywhere = true;
   std::atomic<int32_t> callbacks = 0, restarts = 0;
   std::atomic<int32_t> rescans = 0, latencies = 0, tails = 0;
   std::vector<std::string> presets, errors;

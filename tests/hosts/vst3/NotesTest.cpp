@@ -105,6 +105,26 @@ TEST_F(Vst3Notes, EndByTheIdOfTheHostOrElseByTheKey) {
   EXPECT_NE(render(8), render(7));
 }
 
+// Some hosts give all notes the same id.
+TEST_F(Vst3Notes, OfOneIdEndByTheirKeysAndTheNewerOfOneKeyFirst) {
+  Events events;
+  events.Press(0, 60, 1, 0, 0);
+  events.Press(100, 64, 1, 0, 0);
+  events.Press(200, 64, 1, 1, 0);
+  events.Press(300, 60, 1, 0, 0);
+  const auto isSilentBehind = [&](int32_t channel, int32_t key) {
+    Events release;
+    release.Release(0, key, channel, 0);
+    return IsSilent(Render(release), 960);
+  };
+  Render(events);
+  EXPECT_FALSE(isSilentBehind(0, 64));
+  EXPECT_FALSE(isSilentBehind(0, 60));
+  EXPECT_FALSE(isSilentBehind(1, 64));
+  EXPECT_FALSE(isSilentBehind(0, 64)) << "nothing is left to end";
+  EXPECT_TRUE(isSilentBehind(0, 60));
+}
+
 TEST_F(Vst3Notes, WithoutAVelocityEndTheKey) {
   Events events;
   events.Press(0, 60, 1);

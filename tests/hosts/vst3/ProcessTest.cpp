@@ -168,6 +168,17 @@ TEST(Vst3Buses, ThatAreSwitchedOffBringNothing) {
   EXPECT_NE(samples, Planes(2, std::vector<float>(512)));
 }
 
+TEST_P(Vst3Blocks, MayBeAnnouncedAsLongAsANumberCanSay) {
+  HostedPlugin plugin(GetParam());
+  plugin.Start({2, 48000, 0x7FFFFFFF});
+  Planes samples = host::MakeNoise(2, 512);
+  plugin.Process(samples, 0, 512);
+  EXPECT_TRUE(IsFinite(samples));
+  v3_process_data data = {};
+  data.nframes = 0x7FFFFFFF;  // without a buffer
+  EXPECT_EQ(v3_cpp_obj(plugin.processor)->process(plugin.processor, &data), V3_INVALID_ARG);
+}
+
 TEST_P(Vst3EffectBlocks, NeverGiveOutWhatIsNotFinite) {
   HostedPlugin plugin(GetParam());
   plugin.Start({});

@@ -1,5 +1,7 @@
 // States, programs, and what the host is told of.
 
+#include <thread>
+
 #include "hosts/vst3/Text.h"
 #include "tests/hosts/vst3/AllPlugins.h"
 
@@ -43,8 +45,9 @@ TEST_P(Vst3State, ThatIsForeignOrBrokenChangesNothing) {
   Move(plugin_);
   const std::string state = plugin_.SaveState();
   const std::string other = HostedPlugin(GetParam() == "Echolan" ? "Swirlo" : "Echolan").SaveState();
-  for (const std::string& text : {std::string(), std::string("no state"), std::string("<preset/>"), other,
-                                  state.substr(0, state.size() / 2), std::string(5000, '\0')}) {
+  for (const std::string& text :
+       {std::string(), std::string("no state"), std::string("<preset/>"), std::string("/>"), other,
+        state.substr(0, state.size() / 2), std::string(5000, '\0')}) {
     EXPECT_NE(plugin_.LoadState(text), V3_OK) << text;
     EXPECT_EQ(plugin_.SaveState(), state);
   }
@@ -197,9 +200,27 @@ TEST(Vst3Tail, FollowsTheSettingsAndMayBeInfinite) {
   plugin.Set(host::FindId(plugin, "Feedback"), 0);
   plugin.Start({});
   EXPECT_LT(tail(), before);
+  plugin.Stop();
+  EXPECT_EQ(plugin.LoadState(R"(<state parameterfeedback="1.0000"/>)"), V3_OK);
+  plugin.Start({2, 8000});
+  EXPECT_EQ(tail(), 0xFFFFFFFFu);
   EXPECT_EQ(
       v3_cpp_obj(HostedPlugin("Slotter").processor)->get_tail_samples(HostedPlugin("Slotter").processor),
       0u);  // nothing is known before there is a format
+}
+
+TEST(Vst3Tail, OfAnInstrumentIsItsRelease) {
+  HostedPlugin plugin("Toneloom4NN");
+  plugin.Start({2, 48000, 64});
+  Planes samples(2, std::vector<float>(64));
+  uint32_t tail = 0;
+  std::thread([&] {
+    Changes changes;
+    changes.Add(host::FindId(plugin, "Release"), {{0, 0.5}});
+    plugin.Process(samples, 0, 64, &changes);
+    tail = v3_cpp_obj(plugin.processor)->get_tail_samples(plugin.processor);
+  }).join();
+  EXPECT_EQ(tail, 240000u);
 }
 
 }  // namespace
