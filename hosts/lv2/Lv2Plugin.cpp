@@ -35,10 +35,7 @@ Lv2Plugin::Lv2Plugin(const bridge::PluginType& type, double sampleRate, const LV
       ports_(MakePorts(type, plugin_.GetParameters())),
       writer_(host_.GetMap(), host_.GetUrids()) {
   for (const bridge::DawParameter& parameter : plugin_.GetParameters()) controls_.emplace_back(parameter);
-  for (std::size_t c = 0; c < kCount; ++c) {
-    outSink_[c].resize(static_cast<std::size_t>(host_.GetMostFrames()));
-    if (!plugin_.IsInstrument()) inCopy_[c].resize(outSink_[c].size());
-  }
+  for (std::vector<float>& sink : outSink_) sink.resize(static_cast<std::size_t>(host_.GetMostFrames()));
   KeepValues();
 }
 
@@ -101,7 +98,7 @@ void Lv2Plugin::Run(uint32_t frames) noexcept {
 
 // Events of a later time than the block has are heard at its end.
 void Lv2Plugin::RunPiece(uint32_t start, int32_t frames, bool isLast, EventReader& events) noexcept {
-  PointChannels(start, frames);
+  PointChannels(start);
   plugin_.Begin(inAt_.data(), outAt_.data(), frames);
   if (start == 0) ReadControls();
   for (; events.Get(); events.GoOn()) {
@@ -114,15 +111,11 @@ void Lv2Plugin::RunPiece(uint32_t start, int32_t frames, bool isLast, EventReade
   plugin_.End();
 }
 
-// A port without a buffer is silent, or leads nowhere. An input whose buffer is that of another channel's
-// output is copied: the host may connect any two.
-void Lv2Plugin::PointChannels(uint32_t start, int32_t frames) noexcept {
+// A port without a buffer is silent, or leads nowhere.
+void Lv2Plugin::PointChannels(uint32_t start) noexcept {
   for (std::size_t c = 0; c < kCount; ++c) {
     outAt_[c] = out_[c] ? out_[c] + start : outSink_[c].data();
     inAt_[c] = in_[c] ? in_[c] + start : nullptr;
-    if (!in_[c] || in_[c] != out_[1 - c]) continue;
-    std::copy_n(inAt_[c], frames, inCopy_[c].data());
-    inAt_[c] = inCopy_[c].data();
   }
 }
 

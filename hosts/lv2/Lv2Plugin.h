@@ -54,7 +54,7 @@ class Lv2Plugin final : public bridge::DawPlugin::Client {
   void ReadFreeWheel() noexcept;
   void ReadControls() noexcept;
   void RunPiece(uint32_t start, int32_t frames, bool isLast, EventReader& events) noexcept;
-  void PointChannels(uint32_t start, int32_t frames) noexcept;
+  void PointChannels(uint32_t start) noexcept;
   void Hear(const LV2_Atom& atom) noexcept;
   void HearObject(const LV2_Atom& object) noexcept;
   void HearFile(const LV2_Atom* path) noexcept;
@@ -84,7 +84,7 @@ class Lv2Plugin final : public bridge::DawPlugin::Client {
 
   std::array<const float*, kCount> in_ = {}, inAt_ = {};
   std::array<float*, kCount> out_ = {}, outAt_ = {};
-  std::array<std::vector<float>, kCount> inCopy_, outSink_;
+  std::array<std::vector<float>, kCount> outSink_;
   const LV2_Atom_Sequence* eventsIn_ = nullptr;
   LV2_Atom_Sequence* eventsOut_ = nullptr;
   const float* freeWheel_ = nullptr;
