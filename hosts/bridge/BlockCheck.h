@@ -7,12 +7,11 @@ namespace bridge {
 namespace blockcheck {
 
 using Words = uint32_t __attribute__((vector_size(16)));
-using Halves = int16_t __attribute__((vector_size(16)));
 
 constexpr int32_t kLanes = 4, kTurn = 4 * kLanes;
 constexpr uint32_t kMagnitude = 0x7FFFFFFF;  // without the sign
 constexpr uint32_t kInfinity = 0x7F800000;   // what is not finite is as large, or larger
-constexpr uint32_t kUpperHalf = 0xFFFF0000;  // tells the two apart
+constexpr uint32_t kFromTwo = 0x40000000;  // the bit that only numbers from 2 on have, and what is not finite
 
 inline Words Load(const float* samples) noexcept {
   Words words;
@@ -32,6 +31,13 @@ inline bool IsZero(Words words) noexcept {
   return (halves[0] | halves[1]) == 0;
 }
 
+// One by one.
+inline bool IsEachFinite(const float* samples, int32_t count) noexcept {
+  bool isFinite = true;
+  for (int32_t i = 0; i < count; ++i) isFinite &= LoadMagnitude(samples + i) < kInfinity;
+  return isFinite;
+}
+
 }  // namespace blockcheck
 
 // Both look at the samples' bits: arithmetic with denormals, which threads of hosts may keep, is slow.
@@ -39,21 +45,13 @@ inline bool IsZero(Words words) noexcept {
 // Whether none of the samples is infinite or no number. [audio]
 inline bool IsFinite(const float* samples, int32_t count) noexcept {
   using namespace blockcheck;
-  Halves largest[2] = {};
+  Words any[2] = {};
   int32_t i = 0;
-  for (; i + kTurn <= count; i += kTurn) {
-    for (int32_t k = 0; k < 4; ++k) {
-      const auto halves =
-          reinterpret_cast<Halves>(Load(samples + i + k * kLanes) & (kMagnitude & kUpperHalf));
-      largest[k % 2] = halves > largest[k % 2] ? halves : largest[k % 2];
-    }
-  }
-  constexpr int16_t kInfinityHalf = kInfinity >> 16;
-  if (!IsZero(reinterpret_cast<Words>((largest[0] >= kInfinityHalf) | (largest[1] >= kInfinityHalf))))
-    return false;
-  for (; i < count; ++i)
-    if (LoadMagnitude(samples + i) >= kInfinity) return false;
-  return true;
+  for (; i + kTurn <= count; i += kTurn)
+    for (int32_t k = 0; k < 4; ++k) any[k % 2] |= Load(samples + i + k * kLanes);
+  bool isBelowTwo = IsZero((any[0] | any[1]) & kFromTwo);
+  for (; i < count; ++i) isBelowTwo = isBelowTwo && LoadMagnitude(samples + i) < kFromTwo;
+  return isBelowTwo || IsEachFinite(samples, count);
 }
 
 // Whether all of the samples are zeros, of either sign. [audio]
