@@ -9,7 +9,7 @@ import subprocess
 from pathlib import Path
 
 HERE = Path(__file__).parent
-SOURCES = Path(os.environ["SONVELLE_SOURCES"])
+SOURCES = HERE.parents[2]
 SECOND = 282240000  # in Ardour's units of time
 
 

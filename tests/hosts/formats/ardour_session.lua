@@ -13,6 +13,15 @@ local function fail(text)
 	os.exit(1)
 end
 
+-- A thread of Ardour's connects new tracks a moment later, which the session has to know of.
+local function wait_until_connected(track)
+	for _ = 1, 500 do
+		if track:output():audio(0):connected() then return end
+		ARDOUR.LuaAPI.usleep(10000)
+	end
+	fail("the track leads nowhere")
+end
+
 local function save()
 	Session:save_state("")
 	close_session()
@@ -63,6 +72,7 @@ if task == "play" then
 	for track in tracks:iter() do
 		insert(track, ARDOUR.LuaAPI.new_luaproc(Session, "Test notes"), 0, "the source of notes")
 		insert(track, ARDOUR.LuaAPI.new_plugin(Session, arg[4], ARDOUR.PluginType[format], arg[5]), 1, arg[4])
+		wait_until_connected(track)
 	end
 	save()
 end
@@ -76,4 +86,5 @@ for i = 4, #arg do
 	insert(track, plugin, i - 3, arg[i])
 	if task == "make" then automate(plugin, arg[i]) end
 end
+wait_until_connected(track)
 save()
