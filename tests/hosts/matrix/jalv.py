@@ -80,8 +80,10 @@ class Jalv(Host):
                 pass  # it has ended, and says why
             try:
                 out, err = process.communicate(timeout=20)
-            finally:
+            except subprocess.TimeoutExpired:
                 process.kill()
+                said = " / ".join("".join(process.communicate()).splitlines()[-5:])
+                raise Failure(f"it does not end; the last that it said is: {said}") from None
         wrong = [line for line in err.splitlines() if not EXPECTED.fullmatch(line)]
         if process.returncode != 0 or wrong:
             raise Failure(f"exit code {process.returncode}: {' / '.join(wrong)}")
