@@ -25,7 +25,15 @@ class ArdourSession(Host):
     def run(self, place, plugins):
         home = place.folder / f"Ardour {self.format}"
         home.mkdir()
-        self.ardour = Ardour(home, place.build)
+        tree = home / "tree"
+        tree.mkdir()
+        for kind in ("lv2", "clap", "vst3"):
+            (tree / kind).symlink_to(getattr(place, kind).parent)
+        (tree / "content").symlink_to(place.build / "content")
+        try:
+            self.ardour = Ardour(home, tree)
+        except AssertionError as failure:
+            return {plugin.name: f"failed: {failure}" for plugin in plugins}
         return super().run(place, plugins)
 
     def check(self, place, plugin):
@@ -37,6 +45,8 @@ class ArdourSession(Host):
                 self.ardour.make(session, plugin.name, format=self.format)
             self.ardour.save_again(session)
             sound = self.ardour.export(session, session.with_suffix(".wav"))
+        except KeyError:
+            raise Failure("it is not found") from None
         except AssertionError as failure:
             raise Failure(" ".join(str(failure).split())) from failure
         if max(sound, default=0) < 100:
