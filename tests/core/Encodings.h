@@ -129,7 +129,8 @@ inline std::u16string ReadInPieces(TricklingStream stream, const MEncoding::Code
     units.append(room.data(), static_cast<std::size_t>(count));
     int32_t unread = random.Integer(1 - 4 * count, count - 1);
     if (unread <= 0) continue;
-    if ((room[static_cast<std::size_t>(count - unread)] & 0xFC00) == 0xDC00) ++unread;  // no half pair
+    while (unread < count && (room[static_cast<std::size_t>(count - unread)] & 0xFC00) == 0xDC00)
+      ++unread;  // no half pair, which may have further lower halves behind it
     reader.SetCodec(codec, unread);
     units.resize(units.size() - static_cast<std::size_t>(unread));
   }
