@@ -14,7 +14,6 @@ namespace vst3 {
 namespace {
 
 constexpr int32_t kMostChannels = 8;
-constexpr int32_t kMostScratchFrames = 1 << 16;
 constexpr double kHighestRate = 1 << 20;
 constexpr uint32_t kInfiniteTail = 0xFFFFFFFF;
 
@@ -121,7 +120,7 @@ void Instance::Activate() {
   const auto channels = static_cast<std::size_t>(std::popcount(GetArrangement(V3_OUTPUT)));
   in_.assign(channels, nullptr);
   out_.assign(channels, nullptr);
-  planeSize_ = std::min(setup_.max_block_size, kMostScratchFrames);
+  planeSize_ = std::min(setup_.max_block_size, bridge::DawPlugin::kMostFrames);
   scratch_.assign(channels * static_cast<std::size_t>(planeSize_), 0.0f);
   plugin_.SetOffline(setup_.process_mode == V3_OFFLINE);
   plugin_.Activate(static_cast<int32_t>(channels), static_cast<int32_t>(std::lround(setup_.sample_rate)),
